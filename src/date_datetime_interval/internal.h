@@ -1,0 +1,13 @@
+// The module's internal routines, for the library's other units and for the
+// tests, together with the supporting units' declarations the module calls.
+#ifndef QWZ_DDI_INTERNAL_H
+#define QWZ_DDI_INTERNAL_H
+
+#include "date_datetime_interval/calendar.h"
+#include "date_datetime_interval/diagnostics.h"
+#include "date_datetime_interval/frame.h"
+#include "errors/errors.h"
+#include "handles/handles.h"
+#include "trace/trace.h"
+
+#endif  // QWZ_DDI_INTERNAL_H
