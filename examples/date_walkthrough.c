@@ -6,7 +6,7 @@
 #include <string.h>
 
 static void show_date(const char *label, const QWZDate *d) {
-  printf("  %-28s %05d-%02u-%02u %02u:%02u:%02u\n", label, d->year, d->month, d->day, d->hour,
+  printf("  %-28s %04d-%02u-%02u %02u:%02u:%02u\n", label, d->year, d->month, d->day, d->hour,
          d->minute, d->second);
 }
 
