@@ -58,6 +58,7 @@ inline int weekday_of_days(std::int64_t z) { return static_cast<int>(((z % 7) + 
 inline bool is_leap(std::int64_t y) { return y % 4 == 0 && (y % 100 != 0 || y % 400 == 0); }
 inline int month_length(std::int64_t y, int m) {
   static const int kLen[13] = {0, 31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
+  if (m < 0 || m > 12) return 0;
   return m == 2 && is_leap(y) ? 29 : kLen[m];
 }
 

@@ -102,6 +102,11 @@ TEST(MonthOfDay, LengthsOfEveryMonth) {
     EXPECT_EQ(month_of_day(&b), m == 2 ? 29 : common[m]) << m;
     EXPECT_EQ(month_of_day(&c), common[m]) << m;
   }
+  // Not a month: nothing is read past the table.
+  for (int m : {0, 13, 65535}) {
+    const QWZDate d = D(2024, m, 1);
+    EXPECT_EQ(month_of_day(&d), 0) << m;
+  }
 }
 
 // ---- date_check ----------------------------------------------------------------
@@ -335,6 +340,10 @@ TEST(DateAddMonths, DayRules) {
       // one that does not exist in its own month is clamped when it must be.
       {D(2023, 4, 31), 1, D(2023, 5, 31)},
       {D(2023, 4, 31), 2, D(2023, 6, 30)},
+      // Months outside 1..12 are carried into the year like any other count.
+      {D(2023, 13, 15), 1, D(2024, 2, 15)},
+      {D(2023, 0, 15), 1, D(2023, 1, 15)},
+      {D(2023, 65535, 31), 0, ref::add_months(ref::kUtcZone, D(2023, 65535, 31), 0)},
   };
   for (const Case &c : cases) {
     EXPECT_EQ(add_months(c.from, c.months), c.to) << ref::to_string(c.from) << " + " << c.months;
