@@ -7,6 +7,7 @@
 #include "date_datetime_interval/datetime_record.h"
 #include "date_datetime_interval/diagnostics.h"
 #include "date_datetime_interval/frame.h"
+#include "date_datetime_interval/interval.h"
 #include "errors/errors.h"
 #include "handles/handles.h"
 #include "trace/trace.h"
