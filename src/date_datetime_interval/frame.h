@@ -13,6 +13,7 @@
 #include "handles/handles.h"
 #include "trace/trace.h"
 
+#include <functional>
 #include <type_traits>
 
 namespace qwz {
@@ -37,6 +38,12 @@ inline unsigned long trace_word(T v) {
     return static_cast<unsigned long>(static_cast<long>(v));
   else
     return static_cast<unsigned long>(v);
+}
+// A traced argument given as std::cref(x) is read at each trace call, so the
+// exit record shows the value the body left in x (a clamped argument).
+template <class T>
+inline unsigned long trace_word(std::reference_wrapper<T> r) {
+  return trace_word(r.get());
 }
 
 // One zero word follows the traced arguments: a function whose trace leaves

@@ -50,6 +50,10 @@ QWZ_INTERNAL sword qwz_interval_add(const QWZInterval *a, const QWZInterval *b,
 
 namespace qwz {
 
+// QWZIntervalCheck through the public entry (a nested, traced call that
+// clears and may write errhp): true when the call fails or raises any flag.
+bool interval_invalid(void *hndl, QWZError *errhp, const QWZInterval *iv);
+
 // The ORed QWZIntervalCheck flags of a descriptor (0 for an unknown kind).
 ub4 interval_flags(const QWZInterval *iv);
 
