@@ -14,6 +14,7 @@
 #include "trace/trace.h"
 
 #include <cstddef>
+#include <functional>
 #include <type_traits>
 #include <utility>
 
@@ -39,6 +40,12 @@ inline unsigned long trace_word(T v) {
     return static_cast<unsigned long>(static_cast<long>(v));
   else
     return static_cast<unsigned long>(v);
+}
+// A traced argument given as std::cref(x) is read at each trace call, so the
+// exit record shows the value the body left in x (a clamped argument).
+template <class T>
+inline unsigned long trace_word(std::reference_wrapper<T> r) {
+  return trace_word(r.get());
 }
 
 // The most conversions any row of the trace table has.
