@@ -7,6 +7,8 @@
 #include "date_datetime_interval/datetime_record.h"
 #include "date_datetime_interval/diagnostics.h"
 #include "date_datetime_interval/frame.h"
+#include "date_datetime_interval/interval.h"
+#include "date_datetime_interval/interval_text.h"
 #include "errors/errors.h"
 #include "handles/handles.h"
 #include "trace/trace.h"
