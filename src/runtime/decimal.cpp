@@ -7,7 +7,9 @@
 
 #include <charconv>
 #include <cmath>
+#include <cstdlib>
 #include <cstring>
+#include <type_traits>
 #include <system_error>
 
 namespace qwz::rt {
@@ -59,35 +61,61 @@ sb4 from_real(T value, decimal_t *dec) {
   return 0;
 }
 
+// Out of range one way or the other: the magnitude's order tells which.
+sb4 range_error(const decimal_t *dec) {
+  int lead = 0;
+  while (lead < dec->ndigits && dec->digits[lead] == 0) ++lead;
+  return dec->exponent - lead > 0 ? QWZ_RT_DECIMAL_OVERFLOW : QWZ_RT_DECIMAL_UNDERFLOW;
+}
+
+bool has_nonzero_digit(const decimal_t *dec) {
+  for (int i = 0; i < dec->ndigits; ++i)
+    if (dec->digits[i] != 0) return true;
+  return false;
+}
+
+// Room for "-" 34 digits "e" and a five-digit exponent with its sign.
+constexpr int kDecimalText = 48;
+
+// "[-]0.<digits>e<exponent>", for std::from_chars.
+char *fraction_text(const decimal_t *dec, char *p, char *end) {
+  if (dec->sign == QWZ_DEC_NEGATIVE) *p++ = '-';
+  *p++ = '0';
+  *p++ = '.';
+  for (int i = 0; i < dec->ndigits; ++i) *p++ = static_cast<char>('0' + dec->digits[i]);
+  if (dec->ndigits == 0) *p++ = '0';
+  *p++ = 'e';
+  return std::to_chars(p, end, static_cast<int>(dec->exponent)).ptr;
+}
+
 template <class T>
 sb4 to_real(const decimal_t *dec, T *value) {
   if (dec == nullptr || value == nullptr) return QWZ_RT_NULL_ARGUMENT;
   if (!decimal_well_formed(dec)) return QWZ_RT_BAD_DECIMAL;
-  // "[-]0.<digits>e<exponent>"
-  char text[8 + QWZ_DEC_MAX_DIGITS + 8];
-  char *p = text;
-  if (dec->sign == QWZ_DEC_NEGATIVE) *p++ = '-';
-  *p++ = '0';
-  *p++ = '.';
-  bool nonzero = false;
-  for (int i = 0; i < dec->ndigits; ++i) {
-    nonzero = nonzero || dec->digits[i] != 0;
-    *p++ = static_cast<char>('0' + dec->digits[i]);
-  }
-  if (dec->ndigits == 0) *p++ = '0';
-  *p++ = 'e';
-  p = std::to_chars(p, text + sizeof text, static_cast<int>(dec->exponent)).ptr;
+  char text[kDecimalText];
   T out{};
-  const auto res = std::from_chars(text, p, out, std::chars_format::scientific);
-  if (res.ec == std::errc::result_out_of_range) {
-    // Out of range one way or the other: the magnitude's order tells which.
-    int lead = 0;
-    while (lead < dec->ndigits && dec->digits[lead] == 0) ++lead;
-    return dec->exponent - lead > 0 ? QWZ_RT_DECIMAL_OVERFLOW : QWZ_RT_DECIMAL_UNDERFLOW;
+  if constexpr (std::is_same_v<T, long double>) {
+    // The library's from_chars refuses long double subnormals; strtold reads
+    // them (correctly rounded) from "[-]<digits>e<exponent>", a text with no
+    // decimal point and therefore the same in every locale.
+    char *p = text;
+    if (dec->sign == QWZ_DEC_NEGATIVE) *p++ = '-';
+    for (int i = 0; i < dec->ndigits; ++i) *p++ = static_cast<char>('0' + dec->digits[i]);
+    if (dec->ndigits == 0) *p++ = '0';
+    *p++ = 'e';
+    p = std::to_chars(p, text + sizeof text - 1, dec->exponent - dec->ndigits).ptr;
+    *p = '\0';
+    char *stop = nullptr;
+    out = std::strtold(text, &stop);
+    if (stop != p) return QWZ_RT_BAD_DECIMAL;
+  } else {
+    char *p = fraction_text(dec, text, text + sizeof text);
+    const auto res = std::from_chars(text, p, out, std::chars_format::scientific);
+    if (res.ec == std::errc::result_out_of_range) return range_error(dec);
+    if (res.ec != std::errc() || res.ptr != p) return QWZ_RT_BAD_DECIMAL;
   }
-  if (res.ec != std::errc() || res.ptr != p) return QWZ_RT_BAD_DECIMAL;
   if (std::isinf(out)) return QWZ_RT_DECIMAL_OVERFLOW;
-  if (out == 0 && nonzero) return QWZ_RT_DECIMAL_UNDERFLOW;
+  if (out == 0 && has_nonzero_digit(dec)) return QWZ_RT_DECIMAL_UNDERFLOW;
   *value = out;
   return 0;
 }

@@ -194,6 +194,19 @@ TEST(DecimalFromReal, FloatAndLongDouble) {
   ASSERT_EQ(qwz::rt::decimal_to_real(&tiny, &ld), 0);
   EXPECT_EQ(ld, 1e-51L);
 
+  // Long double subnormals, down to the smallest.
+  for (long double x : {std::numeric_limits<long double>::denorm_min(), LDBL_MIN / 3.0L,
+                        -LDBL_MIN / 1024.0L}) {
+    ASSERT_EQ(qwz::rt::decimal_from_real(x, &d), 0);
+    long double back = 0;
+    ASSERT_EQ(qwz::rt::decimal_to_real(&d, &back), 0);
+    EXPECT_EQ(back, x);
+  }
+  const decimal_t below = make(1, "1", -4951);  // 1e-4952: below half the smallest subnormal
+  EXPECT_EQ(qwz::rt::decimal_to_real(&below, &ld), QWZ_RT_DECIMAL_UNDERFLOW);
+  const decimal_t above = make(0, "12", 4933);  // -1.2e4932
+  EXPECT_EQ(qwz::rt::decimal_to_real(&above, &ld), QWZ_RT_DECIMAL_OVERFLOW);
+
   std::mt19937_64 rng(42);
   for (int i = 0; i < 50000; ++i) {
     const float x = std::bit_cast<float>(static_cast<uint32_t>(rng()));
@@ -205,7 +218,7 @@ TEST(DecimalFromReal, FloatAndLongDouble) {
   }
   for (int i = 0; i < 50000; ++i) {
     const long double x = std::ldexp(static_cast<long double>(rng()) + 1.0L,
-                                     static_cast<int>(rng() % 32000) - 16000);
+                                     static_cast<int>(rng() % 32700) - 16400);
     ASSERT_EQ(qwz::rt::decimal_from_real(x, &d), 0);
     long double back = 0;
     ASSERT_EQ(qwz::rt::decimal_to_real(&d, &back), 0);
