@@ -127,7 +127,7 @@ sb4 parse_text(const char *text, const Qualifier &q, uint64_t *count, bool *nega
   skip_blanks(p);
   if (*p != '\0') return QWZ_RT_BAD_SYNTAX;
 
-  if (lead.significant > q.leading_digits) return QWZ_RT_LEADING_DIGITS;
+  if (lead.significant > q.leading_digits) return QWZ_RT_INTERVAL_OVERFLOW;
   uint64_t c = 0;
   if (q.kind == Kind::YearMonth) {
     if (!in_range(f[0], 11)) return QWZ_RT_FIELD_RANGE;
@@ -135,7 +135,7 @@ sb4 parse_text(const char *text, const Qualifier &q, uint64_t *count, bool *nega
   } else {
     if (!in_range(f[0], 23) || !in_range(f[1], 59) || !in_range(f[2], 59))
       return QWZ_RT_FIELD_RANGE;
-    if (f[3].length > 5) return QWZ_RT_FRACTION_DIGITS;
+    if (f[3].length > 5) return QWZ_RT_FIELD_RANGE;
     // The fraction digits are read as a decimal fraction: ".5" is 50000.
     uint64_t frac = f[3].value;
     for (int i = f[3].length; i < 5; ++i) frac *= 10;

@@ -64,19 +64,19 @@ typedef struct intrvl_t {
 inline constexpr int QWZ_RT_TEXT_SIZE = 32;
 
 // ---- error numbers ---------------------------------------------------------------
+// A leading field with more digits than the qualifier allows is an overflow,
+// whether it is read from text or comes out of a product or quotient.
 inline constexpr sb4 QWZ_RT_NULL_ARGUMENT = -3101;
 inline constexpr sb4 QWZ_RT_BAD_QUALIFIER = -3102;
 inline constexpr sb4 QWZ_RT_BAD_SYNTAX = -3103;
-inline constexpr sb4 QWZ_RT_LEADING_DIGITS = -3104;
+inline constexpr sb4 QWZ_RT_INTERVAL_OVERFLOW = -3104;
 inline constexpr sb4 QWZ_RT_FIELD_RANGE = -3105;
-inline constexpr sb4 QWZ_RT_FRACTION_DIGITS = -3106;
-inline constexpr sb4 QWZ_RT_QUALIFIER_MISMATCH = -3107;
-inline constexpr sb4 QWZ_RT_INTERVAL_OVERFLOW = -3108;
-inline constexpr sb4 QWZ_RT_NOT_FINITE = -3109;
-inline constexpr sb4 QWZ_RT_DIVIDE_BY_ZERO = -3110;
-inline constexpr sb4 QWZ_RT_DECIMAL_OVERFLOW = -3111;
-inline constexpr sb4 QWZ_RT_DECIMAL_UNDERFLOW = -3112;
-inline constexpr sb4 QWZ_RT_BAD_DECIMAL = -3113;
+inline constexpr sb4 QWZ_RT_QUALIFIER_MISMATCH = -3106;
+inline constexpr sb4 QWZ_RT_NOT_FINITE = -3107;
+inline constexpr sb4 QWZ_RT_DIVIDE_BY_ZERO = -3108;
+inline constexpr sb4 QWZ_RT_DECIMAL_OVERFLOW = -3109;
+inline constexpr sb4 QWZ_RT_DECIMAL_UNDERFLOW = -3110;
+inline constexpr sb4 QWZ_RT_BAD_DECIMAL = -3111;
 
 extern "C" {
 
@@ -88,8 +88,10 @@ extern "C" {
 //                                           hours 0..23, minutes and seconds
 //                                           0..59, 1 to 5 fraction digits read
 //                                           as a decimal fraction)
-// and optional trailing blanks. The whole shape is checked first, then the
-// fields in order. On failure *value is left as it was.
+// and optional trailing blanks. The whole shape is checked first
+// (QWZ_RT_BAD_SYNTAX), then the leading field (QWZ_RT_INTERVAL_OVERFLOW), then
+// the others in order (QWZ_RT_FIELD_RANGE, a sixth fraction digit included).
+// On failure *value is left as it was.
 QWZ_INTERNAL sb4 incvasc(const char *text, intrvl_t *value);
 
 // Writes the value as "[-]YYYY-MM" or "[-]DD HH:MM:SS.FFFFF" into `text`,

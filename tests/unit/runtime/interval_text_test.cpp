@@ -90,12 +90,12 @@ struct FailCase {
 TEST(incvasc, RefusesWithNumberOfItsOwn) {
   const FailCase cases[] = {
       // leading field beyond the qualifier's digits
-      {kYM, "10000-00", QWZ_RT_LEADING_DIGITS},
-      {kYM, "-10000-00", QWZ_RT_LEADING_DIGITS},
-      {kYM, "2147483648-00", QWZ_RT_LEADING_DIGITS},
-      {kYM, "99999999999999999999999999-00", QWZ_RT_LEADING_DIGITS},
-      {kDS, "100 00:00:00.00000", QWZ_RT_LEADING_DIGITS},
-      {kDS, "150 00:00:00.00000", QWZ_RT_LEADING_DIGITS},
+      {kYM, "10000-00", QWZ_RT_INTERVAL_OVERFLOW},
+      {kYM, "-10000-00", QWZ_RT_INTERVAL_OVERFLOW},
+      {kYM, "2147483648-00", QWZ_RT_INTERVAL_OVERFLOW},
+      {kYM, "99999999999999999999999999-00", QWZ_RT_INTERVAL_OVERFLOW},
+      {kDS, "100 00:00:00.00000", QWZ_RT_INTERVAL_OVERFLOW},
+      {kDS, "150 00:00:00.00000", QWZ_RT_INTERVAL_OVERFLOW},
       // non-leading fields out of range
       {kYM, "0001-12", QWZ_RT_FIELD_RANGE},
       {kYM, "0001-99999999999999999999999", QWZ_RT_FIELD_RANGE},
@@ -103,9 +103,9 @@ TEST(incvasc, RefusesWithNumberOfItsOwn) {
       {kDS, "01 00:60:00.00000", QWZ_RT_FIELD_RANGE},
       {kDS, "01 00:00:60.00000", QWZ_RT_FIELD_RANGE},
       {kDS, "01 2147483648:00:00.00000", QWZ_RT_FIELD_RANGE},
-      // the fraction has five digits at most
-      {kDS, "01 00:00:00.100000", QWZ_RT_FRACTION_DIGITS},
-      {kDS, "01 00:00:00.000000", QWZ_RT_FRACTION_DIGITS},
+      // the fraction has five digits at most: a sixth is out of range
+      {kDS, "01 00:00:00.100000", QWZ_RT_FIELD_RANGE},
+      {kDS, "01 00:00:00.000000", QWZ_RT_FIELD_RANGE},
       // malformed texts
       {kYM, "", QWZ_RT_BAD_SYNTAX},
       {kYM, "   ", QWZ_RT_BAD_SYNTAX},
