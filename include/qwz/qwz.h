@@ -132,8 +132,26 @@ typedef sword (*QWZTraceHook)(void *errhp, sword status, ub4 direction, ub4 api_
                               const char *record);
 QWZ_API void QWZTraceSetHook(QWZTraceHook hook); /* NULL restores the default sink */
 
-/* ---- numbers ------------------------------------------------------------- */
-/* rnum_length: sizeof(float), sizeof(double) or sizeof(long double). */
+/* ---- numbers ---------------------------------------------------------------
+ * A real of the caller's type (rnum_length / rsl_length: sizeof(float),
+ * sizeof(double) or sizeof(long double)) becomes the shortest decimal that
+ * reads back as the same value, so every finite value, negative zero
+ * included, round-trips exactly through a QWZNumber of its own type. A
+ * number read as another type is rounded to the nearest value of that type.
+ * Failures return QWZ_ERROR with one diagnostic (state empty), checked in
+ * this order:
+ *   800201 "the real number could not be null."        rnum / rsl is NULL
+ *   800085 "the number could not be null."             number is NULL
+ *   800202 "the real number length is not supported."  another length
+ *   800203 "the real number is not finite."            NaN or an infinity
+ *   800204 "the number is invalid."                    bytes not made by
+ *                                                      QWZNumberFromReal
+ *   800205 "the number is out of the range of the real type."
+ *                                                      too large, or non-zero
+ *                                                      but below the type's
+ *                                                      smallest value
+ * (QWZNumberFromReal checks rnum before number, QWZNumberToReal number
+ * before rsl.) */
 QWZ_API sword QWZNumberFromReal(QWZError *errhp, const void *rnum, uword rnum_length,
                                 QWZNumber *number);
 QWZ_API sword QWZNumberToReal(QWZError *errhp, const QWZNumber *number, uword rsl_length,

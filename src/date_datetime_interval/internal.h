@@ -8,9 +8,12 @@
 #include "date_datetime_interval/diagnostics.h"
 #include "date_datetime_interval/frame.h"
 #include "date_datetime_interval/interval.h"
+#include "date_datetime_interval/interval_number.h"
 #include "date_datetime_interval/interval_text.h"
 #include "errors/errors.h"
 #include "handles/handles.h"
+#include "number/number.h"
+#include "runtime/runtime.h"
 #include "trace/trace.h"
 
 #endif  // QWZ_DDI_INTERNAL_H
