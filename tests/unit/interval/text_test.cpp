@@ -538,12 +538,12 @@ TEST_F(QWZIntervalFromText, EveryCharacter) {
       bool ok;
     } cases[] = {
         {INTERVAL_KIND_YM, std::string(1, c) + "1-2", blank || digit || sign},
-        {INTERVAL_KIND_YM, "1-0" + std::string(1, c), blank || digit},
-        {INTERVAL_KIND_YM, "1" + std::string(1, c) + "-2", blank || digit},
+        {INTERVAL_KIND_YM, std::string("1-0") + c, blank || digit},
+        {INTERVAL_KIND_YM, std::string("1") + c + "-2", blank || digit},
         {INTERVAL_KIND_DS, std::string(1, c) + "1 2:3:4", blank || digit || sign},
-        {INTERVAL_KIND_DS, "1 2:3:4" + std::string(1, c), blank || digit},
-        {INTERVAL_KIND_DS, "1 2:3:4.5" + std::string(1, c), blank || digit},
-        {INTERVAL_KIND_DS, "1 0" + std::string(1, c) + ":3:4", blank || digit},
+        {INTERVAL_KIND_DS, std::string("1 2:3:4") + c, blank || digit},
+        {INTERVAL_KIND_DS, std::string("1 2:3:4.5") + c, blank || digit},
+        {INTERVAL_KIND_DS, std::string("1 0") + c + ":3:4", blank || digit},
     };
     for (const auto &k : cases) {
       QWZInterval *iv = of_kind(k.kind, {7, 7, 7, 7, 7});
