@@ -22,6 +22,10 @@ constexpr ub4 API_DATETIME_GET_TZ_OFFSET = 145;
 constexpr ub4 API_DATETIME_SYS_TIMESTAMP = 175;
 constexpr ub4 API_DATETIME_GET_TZ_NAME = 176;
 
+// The model the constructor reads its zone text with.
+constexpr char kZoneFormat[] = "TZH:TZM";
+constexpr std::size_t kZoneFormatLength = sizeof kZoneFormat - 1;
+
 struct FrontEndMessage {
   const char *text;
   sb4 number;
@@ -93,20 +97,6 @@ void set_fields(QWZDateTime *dt, sb2 year, ub1 month, ub1 day, ub1 hour, ub1 min
   dt->tz_minute = 0;
 }
 
-// The zone text as the trace prints it ("%s"): the caller's text when it
-// ends within tz_length bytes, else a terminated copy of its first
-// tz_length bytes (cut to the buffer), so that tracing never reads past the
-// length the caller gave. NULL prints as "(null)".
-const void *zone_trace_text(const QWZText *tz, size_t tz_length, char (&copy)[64]) {
-  if (!tz) return qwz::kNullText;
-  const char *text = reinterpret_cast<const char *>(tz);
-  if (strnlen(text, tz_length) < tz_length) return tz;
-  const size_t n = tz_length < sizeof copy - 1 ? tz_length : sizeof copy - 1;
-  std::memcpy(copy, text, n);
-  copy[n] = '\0';
-  return copy;
-}
-
 bool has_date_fields(ub2 type) {
   return type != DATETIME_KIND_TIME && type != DATETIME_KIND_TIME_TZ;
 }
@@ -147,7 +137,8 @@ void qwz_setup_local_timezone(QWZDateTime *datetime) {
 QWZ_API sword QWZDateTimeConstruct(void *hndl, QWZError *errhp, QWZDateTime *datetime, sb2 year,
                                    ub1 month, ub1 day, ub1 hour, ub1 min, ub1 sec, ub4 fsec,
                                    QWZText *tz, size_t tz_length) {
-  char tz_copy[64];
+  // Traced as at most tz_length bytes of the text, "(null)" for NULL.
+  const qwz::TracedText tz_arg(tz, tz_length);
   return qwz::run_frame(
       API_DATETIME_CONSTRUCT, errhp,
       [&]() -> Outcome {
@@ -173,8 +164,12 @@ QWZ_API sword QWZDateTimeConstruct(void *hndl, QWZError *errhp, QWZDateTime *dat
         }
         if (zone_step) {
           if (tz) {
-            // TODO zone text
-            (void)tz_length;
+            // A rejected zone text is returned as it is: the new fields
+            // stay written, nothing is put back.
+            if (const sword r = append_timezone_from_text(
+                    errhp, tz, tz_length, reinterpret_cast<const QWZText *>(kZoneFormat),
+                    kZoneFormatLength, datetime))
+              return refuse(r);
           } else {
             qwz_setup_local_timezone(datetime);
           }
@@ -188,7 +183,7 @@ QWZ_API sword QWZDateTimeConstruct(void *hndl, QWZError *errhp, QWZDateTime *dat
         return done(0);
       },
       hndl, errhp, datetime, year, month, day, hour, min, sec, fsec,
-      zone_trace_text(tz, tz_length, tz_copy), tz_length);
+      tz_arg.arg(), tz_length);
 }
 
 QWZ_API sword QWZDateTimeGetDate(void *hndl, QWZError *errhp, const QWZDateTime *datetime,
