@@ -69,6 +69,8 @@ ub2 month2_of_day(sb2 year) {
 }
 
 ub2 month_of_day(const QWZDate *date) {
+  // Callers pass months 1..12; anything else reads as 0 rather than past the table.
+  if (date->month > 12) return 0;
   return date->month == 2 ? month2_of_day(date->year) : kMonthDays[date->month];
 }
 

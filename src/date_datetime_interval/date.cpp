@@ -45,13 +45,12 @@ constexpr const char *kWeekdays[7] = {"sunday",   "monday", "tuesday", "wednesda
                                       "thursday", "friday", "saturday"};
 
 // The first `length` bytes of the name (its NUL included when the length
-// reaches it) against the folded text; nothing past the name's NUL is read.
+// reaches it) against the folded text. The name has no bytes past its NUL, so
+// a longer length never matches: "monday" followed by a NUL matches with
+// length 7, never with 8 or more, whatever follows in the caller's text.
 bool weekday_matches(const char *name, const ub1 *folded, ub4 length) {
-  for (ub4 i = 0; i < length; ++i) {
-    if (static_cast<ub1>(name[i]) != folded[i]) return false;
-    if (name[i] == '\0') return true;
-  }
-  return true;
+  if (length > std::strlen(name) + 1) return false;
+  return std::memcmp(name, folded, length) == 0;
 }
 
 // QWZDateCompare and QWZDateDaysBetween: same checks, both inputs examined.

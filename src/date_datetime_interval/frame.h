@@ -13,7 +13,9 @@
 #include "handles/handles.h"
 #include "trace/trace.h"
 
+#include <cstddef>
 #include <type_traits>
+#include <utility>
 
 namespace qwz {
 
@@ -39,10 +41,32 @@ inline unsigned long trace_word(T v) {
     return static_cast<unsigned long>(v);
 }
 
+// The most conversions any row of the trace table has.
+inline constexpr std::size_t kTraceWords = 12;
+
+// qwz_trace takes one word per conversion of the row. A function whose trace
+// leaves an argument out passes fewer words than its row has conversions;
+// the words are therefore always handed over padded with zeros to
+// kTraceWords, so a conversion with no argument of its own prints 0 instead
+// of reading past the end of the variadic list.
+template <std::size_t... I>
+inline sword trace_words(QWZError *errhp, sword status, ub4 direction, ub4 api_id,
+                         const unsigned long (&w)[kTraceWords], std::index_sequence<I...>) {
+  return qwz_trace(errhp, status, direction, api_id, w[I]...);
+}
+
+template <class... Traced>
+inline sword trace_call(QWZError *errhp, sword status, ub4 direction, ub4 api_id,
+                        Traced... traced) {
+  static_assert(sizeof...(Traced) <= kTraceWords, "more traced arguments than any row has");
+  const unsigned long w[kTraceWords] = {trace_word(traced)...};
+  return trace_words(errhp, status, direction, api_id, w, std::make_index_sequence<kTraceWords>{});
+}
+
 template <class Body, class... Traced>
 inline sword run_frame(ub4 api_id, QWZError *errhp, Body &&body, Traced... traced) noexcept {
   if (qwz_trace_flag) {
-    const sword t = qwz_trace(errhp, 0, 1, api_id, trace_word(traced)...);
+    const sword t = trace_call(errhp, 0, 1, api_id, traced...);
     if (t != 0) return t;
   }
   const sword v = qwz_validate_handle(errhp, QWZ_HTYPE_ERROR);
@@ -51,7 +75,7 @@ inline sword run_frame(ub4 api_id, QWZError *errhp, Body &&body, Traced... trace
   const Outcome out = body();
   if (!out.reached_work) return out.status;
   if (qwz_trace_flag) {
-    const sword t = qwz_trace(errhp, out.status, 0, api_id, trace_word(traced)...);
+    const sword t = trace_call(errhp, out.status, 0, api_id, traced...);
     if (t != 0) return t;
   }
   return out.status;

@@ -82,7 +82,13 @@ void slot_free(void *slot, std::size_t bytes) {
   const std::size_t cls = size_class(bytes);
   Pool &p = pool();
   std::lock_guard<std::mutex> g(p.lock);
-  auto *s = static_cast<FreeSlot *>(slot);
+  // The dead marker is written here, into the free slot itself, after the
+  // object's lifetime has ended: a store into the object before its
+  // destructor ran (an environment's) may be dropped by the optimiser as
+  // dead, which left freed environments validating as live.
+  auto *s = new (slot) FreeSlot;
+  s->hdr.live = QWZ_DEAD_MARK;
+  s->hdr.type = 0;
   s->next = p.free_list[cls];
   p.free_list[cls] = s;
 }

@@ -13,7 +13,9 @@ foreach(line IN LISTS lines)
     if(sym MATCHES "^QWZ[A-Z]" OR sym STREQUAL "qwz_trace_flag")
       continue()
     endif()
-    if(kind MATCHES "^[VWuA]$" OR sym MATCHES "^_(init|fini|edata|end|_bss_start)$")
+    # AddressSanitizer's own markers beside exported globals (sanitizer build).
+    if(kind MATCHES "^[VWuA]$" OR sym MATCHES "^_(init|fini|edata|end|_bss_start)$"
+       OR sym MATCHES "^__odr_asan[._]")
       continue()
     endif()
     list(APPEND bad "${sym}")
