@@ -11,6 +11,7 @@
 #include "date_datetime_interval/format_model.h"
 #include "date_datetime_interval/frame.h"
 #include "date_datetime_interval/text_in.h"
+#include "date_datetime_interval/text_out.h"
 #include "errors/errors.h"
 #include "handles/handles.h"
 #include "trace/trace.h"

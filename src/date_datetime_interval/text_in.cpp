@@ -237,12 +237,12 @@ int char_to_datetime(const char *text, const qwz_token *tokens, datetime_fields 
 int qwz_char_to_datetime(const QWZText *text, std::size_t text_length, const QWZText *format,
                          std::size_t format_length, datetime_fields *fields, sword,
                          sb4 *error_code) {
-  datetime_fields f;
-  std::memset(&f, 0, sizeof f);
+  // The record is written whenever parsing ran, matched or not.
+  datetime_fields scratch;
   sb4 code = error_code ? *error_code : 0;
-  const bool ok = qwz::text_to_fields(text, text_length, format, format_length, f, code, true);
+  const bool ok = qwz::text_to_fields(text, text_length, format, format_length,
+                                      fields ? *fields : scratch, code, true);
   if (error_code) *error_code = code;
-  if (fields) *fields = f;
   return ok ? 1 : 0;
 }
 
