@@ -1,0 +1,217 @@
+// Format models: the 61-keyword table, translation of a format text into
+// tokens (keywords and one-character literals), the three rules every token
+// sequence must pass, and the small text routines both text directions share.
+//
+// Two shapes of token sequence exist. The linked token list of
+// qwz_translate_format is the routine other units call; the text conversions
+// themselves translate into a TokenArray on the stack, which needs no heap
+// and gives the same tokens in the same order.
+#ifndef QWZ_DDI_FORMAT_MODEL_H
+#define QWZ_DDI_FORMAT_MODEL_H
+
+#include "handles/handles.h"
+
+#include <cstddef>
+#include <iterator>
+#include <span>
+#include <string>
+
+extern "C" {
+
+// One row of g_kws.
+struct qwz_keyword {
+  sb4 lead;          // zero; read nowhere
+  char keyword[8];   // upper case, compared exactly
+  char pattern[4];   // carried along, read by no conversion
+  sb4 spare;         // zero; read nowhere
+  ub4 supported;     // 1: the text conversions accept it
+  ub4 id;            // the row's own index
+  ub4 width;         // digits collected / exact digits for fractions and years
+  ub4 required;      // 1: parsing must find at least one character
+};
+
+// One token of a translated format (32 bytes).
+struct qwz_token {
+  char text[8];                   // the format text that made it, zero-padded
+  const qwz_keyword *keyword;     // NULL for a literal
+  qwz_token *next;                // list order = order in the format
+  ub4 case_style;                 // 0; for DAY/MON/MONTH 1 lower, 2 upper, 3 capitalised
+};
+
+inline constexpr int QWZ_KEYWORD_COUNT = 61;
+
+// Read-only; ids equal the row index and are part of the constant data.
+QWZ_INTERNAL extern const qwz_keyword g_kws[QWZ_KEYWORD_COUNT];
+// 0 at load, 1 once qwz_gkwinit has run. Written and read atomically
+// (std::atomic_ref); see qwz_keyword_table_initialised().
+QWZ_INTERNAL extern sb4 g_qwz_initilized;
+
+// Marks the table initialised. Idempotent and safe from any thread; the ids
+// need no writing because they are fixed when the library is built.
+QWZ_INTERNAL void qwz_gkwinit(void);
+// The row whose keyword equals `text` upper-cased (first 127 characters), or
+// NULL. Runs qwz_gkwinit first.
+QWZ_INTERNAL const qwz_keyword *qwz_gkwlook(const char *text);
+// 'a'..'z' to upper case; any other value unchanged.
+QWZ_INTERNAL int qwz_upper(int ch);
+// Appends a token (text copied, at most 8 characters) and returns the head
+// (a new one when `head` is NULL); NULL on allocation failure, after
+// releasing the list.
+QWZ_INTERNAL qwz_token *qwz_add_token_list(qwz_token *head, const qwz_keyword *keyword,
+                                           const char *text, ub4 case_style);
+QWZ_INTERNAL void qwz_free_token_list(qwz_token *head);
+// A new token list for a NUL-terminated format, or NULL when the format is
+// NULL, empty, 128 characters or longer, or memory runs out.
+QWZ_INTERNAL qwz_token *qwz_translate_format(const char *format);
+// Copies `source` without leading and trailing blanks (' ' only) into
+// `destination`, writing no terminator (callers clear it). At most 255
+// characters are copied: destinations are 256-byte buffers.
+QWZ_INTERNAL void qwz_trim_string(const char *source, char *destination);
+// 1 when `text` holds no ASCII digit and no ASCII letter, else 0.
+QWZ_INTERNAL int qwz_validate_expr(const char *text);
+
+}  // extern "C"
+
+namespace qwz {
+
+// Keyword id groups the conversions treat alike.
+inline constexpr ub4 KW_DD = 10;
+inline constexpr ub4 KW_FF1 = 17;
+inline constexpr ub4 KW_FF5 = 21;
+inline constexpr ub4 KW_HH = 24;
+inline constexpr ub4 KW_HH12 = 25;
+inline constexpr ub4 KW_HH24 = 26;
+inline constexpr ub4 KW_MI = 33;
+inline constexpr ub4 KW_MM = 34;
+inline constexpr ub4 KW_SS = 43;
+inline constexpr ub4 KW_TZH = 47;
+inline constexpr ub4 KW_TZM = 48;
+inline constexpr ub4 KW_YYYY = 56;
+inline constexpr ub4 KW_SYYYY = 57;
+inline bool is_fraction_keyword(ub4 id) { return id >= KW_FF1 && id <= KW_FF5; }
+
+// Error codes the conversions hand back to their public functions.
+inline constexpr sb4 kFormatFaultCode = 5;   // the format itself is at fault
+inline constexpr sb4 kBufferTooSmallCode = 9; // the result does not fit the caller's buffer
+
+// Formats of 128 characters or more are refused; so a translation has at
+// most 127 tokens.
+inline constexpr std::size_t kMaxFormatLength = 127;
+// Both work buffers of a conversion (text and format) are this big.
+inline constexpr std::size_t kWorkBufferSize = 256;
+
+struct TokenArray {
+  qwz_token tok[kMaxFormatLength];
+  std::size_t count = 0;
+  std::span<const qwz_token> span() const { return {tok, count}; }
+};
+
+// Translates the first `n` characters of `format` (n <= 127, no NUL among
+// them) into `out`, longest keyword first at each position, case-blind.
+// Returns the number of tokens (0 for an empty format).
+std::size_t translate_format(const char *format, std::size_t n, TokenArray &out);
+
+// A token list read as a range.
+class TokenList {
+ public:
+  explicit TokenList(const qwz_token *head) : head_(head) {}
+  struct iterator {
+    using iterator_category = std::forward_iterator_tag;
+    using value_type = qwz_token;
+    using difference_type = std::ptrdiff_t;
+    using pointer = const qwz_token *;
+    using reference = const qwz_token &;
+    const qwz_token *p;
+    reference operator*() const { return *p; }
+    iterator &operator++() { p = p->next; return *this; }
+    bool operator==(const iterator &o) const { return p == o.p; }
+  };
+  iterator begin() const { return {head_}; }
+  iterator end() const { return {nullptr}; }
+
+ private:
+  const qwz_token *head_;
+};
+
+// The first rule a token sequence breaks, in sequence order.
+enum class FormatFault {
+  none,
+  literal,      // a literal holds a letter or a digit
+  unsupported,  // a keyword the conversions do not accept
+  duplicate,    // a keyword given twice, or a second fraction keyword
+};
+
+// qwz_validate_expr of a literal token's text (its 8 bytes need no NUL).
+bool literal_is_valid(const qwz_token &t);
+
+template <class Tokens>
+FormatFault validate_tokens(const Tokens &tokens) {
+  // Per-row use counts first, so each keyword's count is one look-up.
+  ub1 uses[QWZ_KEYWORD_COUNT] = {};
+  unsigned fractions = 0;
+  for (const qwz_token &t : tokens) {
+    if (!t.keyword) continue;
+    if (uses[t.keyword->id] < 2) ++uses[t.keyword->id];
+    if (is_fraction_keyword(t.keyword->id) && fractions < 2) ++fractions;
+  }
+  for (const qwz_token &t : tokens) {
+    if (!t.keyword) {
+      if (!literal_is_valid(t)) return FormatFault::literal;
+      continue;
+    }
+    if (t.keyword->supported != 1) return FormatFault::unsupported;
+    const unsigned n = is_fraction_keyword(t.keyword->id) ? fractions : uses[t.keyword->id];
+    if (n > 1) return FormatFault::duplicate;
+  }
+  return FormatFault::none;
+}
+
+// Trims blanks off both ends of text[0, n) and copies at most cap - 1 of the
+// remaining characters into dst, NUL-terminated. Returns the length written.
+std::size_t trim_into(const char *text, std::size_t n, char *dst, std::size_t cap);
+
+// Whether qwz_gkwinit has run (an atomic read of g_qwz_initilized).
+bool keyword_table_initialised();
+
+// A traced text argument. qwz_trace prints "%s" arguments up to their NUL,
+// and callers' texts need not have one within their given length, so the
+// trace gets a NUL-terminated copy of at most the given length ("(null)" for
+// NULL). The copy is made only when a trace record is written, and again for
+// each record, so an output buffer traced on exit shows what was written.
+class TracedText {
+ public:
+  TracedText(const void *text, std::size_t bound) : text_(text), bound_(bound) {}
+  // The bound is read through `bound` when the record is written (NULL: 0).
+  TracedText(const void *text, const ub4 *bound) : text_(text), bound_ptr_(bound), indirect_(true) {}
+  TracedText(const TracedText &) = delete;
+  TracedText &operator=(const TracedText &) = delete;
+
+  // What run_frame takes as the traced argument.
+  struct Arg {
+    const TracedText *owner;
+    explicit operator unsigned long() const { return owner->word(); }
+  };
+  Arg arg() const { return {this}; }
+
+ private:
+  unsigned long word() const;
+  const void *text_;
+  std::size_t bound_ = 0;
+  const ub4 *bound_ptr_ = nullptr;
+  bool indirect_ = false;
+  mutable std::string copy_;
+};
+
+// Writes "%0*ld"-style decimal text of v (at least `width` characters, a
+// minus sign counted among them) into dst[0, cap) and NUL-terminates it when
+// it fits; a longer text keeps its first cap characters and no terminator
+// (so a bounded length read shows it did not fit). Returns the full length.
+std::size_t decimal_text(long v, int width, char *dst, std::size_t cap);
+
+// The value of a decimal text: optional sign, digits up to the first other
+// character; reads at most `cap` bytes.
+long decimal_value(const char *text, std::size_t cap);
+
+}  // namespace qwz
+
+#endif  // QWZ_DDI_FORMAT_MODEL_H

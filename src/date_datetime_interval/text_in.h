@@ -1,0 +1,77 @@
+// Reading dates and datetimes from text under a format model: the field-text
+// record, the parser, the shared entry and the three converters (to a
+// QWZDate, to a QWZDateTime, and zone only, for descriptor construction).
+#ifndef QWZ_DDI_TEXT_IN_H
+#define QWZ_DDI_TEXT_IN_H
+
+#include "date_datetime_interval/format_model.h"
+#include "handles/handles.h"
+
+#include <cstddef>
+
+extern "C" {
+
+// Each field as zero-terminated decimal text in a fixed slot (36 bytes). The
+// parser fills it from text; the formatter (text_out) fills it from a value.
+struct datetime_fields {
+  char year[6];       // digits, optionally after a '-'
+  char month[3];
+  char day[3];
+  char hour[3];       // 24-hour
+  char minute[3];
+  char second[3];
+  char fraction[7];
+  char tz_hour[4];    // with its sign, such as "+00"
+  char tz_minute[3];
+  char tz_given;      // 1 when the format held TZH or TZM
+};
+
+// The parser: reads the NUL-terminated `text` token by token into `fields`
+// (cleared by the caller) and applies the defaults. 1 on success, 0 on
+// failure.
+QWZ_INTERNAL int char_to_datetime(const char *text, const qwz_token *tokens,
+                                  datetime_fields *fields);
+
+// Trims, translates and checks the format, then parses. At most text_length
+// bytes of `text` and format_length bytes of `format` are read (less when a
+// NUL comes first). Sets *error_code to 5 when the format is at fault.
+// `fields` receives the record whenever parsing ran. 1 on success, 0 on
+// failure; `reserved` is ignored.
+QWZ_INTERNAL int qwz_char_to_datetime(const QWZText *text, std::size_t text_length,
+                                      const QWZText *format, std::size_t format_length,
+                                      datetime_fields *fields, sword reserved, sb4 *error_code);
+
+// To a QWZDate: 1 on success, -1 on failure (a format at fault is reported).
+QWZ_INTERNAL sword date_from_text(QWZError *errhp, const QWZText *text, std::size_t text_length,
+                                  const QWZText *format, std::size_t format_length,
+                                  QWZDate *date);
+
+// To a QWZDateTime: 1 on success; 0 when the text did not match (the fields
+// are written from what was read); -1 on a reported failure (format at
+// fault, or a zone for a descriptor without one: 800153).
+QWZ_INTERNAL sword datetime_from_text(QWZError *errhp, const QWZText *text,
+                                      std::size_t text_length, const QWZText *format,
+                                      std::size_t format_length, QWZDateTime *datetime);
+
+// Zone only: on success writes tz_hour and tz_minute (the minute negated
+// when the zone hour text starts with '-') and returns 0; every other field
+// is left alone. -1 on failure (a format at fault is reported). Descriptor
+// construction calls it with the format "TZH:TZM" (length 7).
+QWZ_INTERNAL sword append_timezone_from_text(QWZError *errhp, const QWZText *text,
+                                             std::size_t text_length, const QWZText *format,
+                                             std::size_t format_length, QWZDateTime *datetime);
+
+}  // extern "C"
+
+namespace qwz {
+
+// The shared entry behind the converters. With calendar_defaults false a
+// missing year or month is left empty instead of being taken from the
+// clock (for callers that read neither).
+bool text_to_fields(const QWZText *text, std::size_t text_length, const QWZText *format,
+                    std::size_t format_length, datetime_fields &fields, sb4 &error_code,
+                    bool calendar_defaults);
+
+}  // namespace qwz
+
+#endif  // QWZ_DDI_TEXT_IN_H

@@ -1,0 +1,291 @@
+// Date and datetime to text: the value goes into a field-text record, the
+// format is translated and checked, and the formatter assembles the text
+// piece by piece. Public QWZDateToText and QWZDateTimeToText.
+//
+// Field texts are written with bounded decimal conversions: a text longer
+// than its slot keeps the slot's first characters, which are all the
+// formatter ever reads from month to second and from the zone; a year text
+// that fills its whole slot has no terminator, reads as too wide and fails
+// both year keywords, as any year of six characters must.
+#include "date_datetime_interval/internal.h"
+
+#include <cstring>
+
+namespace {
+
+using qwz::date_error;
+using qwz::datetime_error;
+using qwz::done;
+using qwz::Outcome;
+using qwz::refuse;
+
+constexpr ub4 API_DATE_TO_TEXT = 138;
+constexpr ub4 API_DATETIME_TO_TEXT = 149;
+
+constexpr sb4 kDateInputPtr = 1;
+constexpr sb4 kDateTimeInputPtr = 8;
+
+// The first n characters of a slot (fewer when its text is shorter).
+template <std::size_t N>
+std::size_t slot_prefix(const char (&slot)[N], std::size_t n) {
+  return strnlen(slot, n < N ? n : N);
+}
+
+template <class Tokens>
+bool format_fields(char *out, std::size_t &out_len, const Tokens &tokens,
+                   const datetime_fields &f, bool stop_after_seconds) {
+  std::size_t len = 0;
+  for (const qwz_token &tok : tokens) {
+    char piece[8] = {};
+    const char *src = piece;
+    std::size_t n = 0;
+    bool stop = false;
+    if (!tok.keyword) {
+      if (!qwz::literal_is_valid(tok)) return false;
+      src = tok.text;
+      n = strnlen(tok.text, sizeof tok.text);
+    } else {
+      const qwz_keyword &kw = *tok.keyword;
+      switch (kw.id) {
+        case qwz::KW_DD: src = f.day; n = slot_prefix(f.day, 2); break;
+        case qwz::KW_HH:
+        case qwz::KW_HH12:
+        case qwz::KW_HH24: src = f.hour; n = slot_prefix(f.hour, 2); break;
+        case qwz::KW_MI: src = f.minute; n = slot_prefix(f.minute, 2); break;
+        case qwz::KW_MM: src = f.month; n = slot_prefix(f.month, 2); break;
+        case qwz::KW_SS:
+          src = f.second;
+          n = slot_prefix(f.second, 2);
+          stop = stop_after_seconds;
+          break;
+        case qwz::KW_TZH: src = f.tz_hour; n = slot_prefix(f.tz_hour, 3); break;
+        case qwz::KW_TZM: src = f.tz_minute; n = slot_prefix(f.tz_minute, 2); break;
+        case qwz::KW_YYYY:
+        case qwz::KW_SYYYY:
+          src = f.year;
+          n = strnlen(f.year, sizeof f.year);
+          if (n != kw.width) return false;
+          break;
+        default:
+          if (qwz::is_fraction_keyword(kw.id)) {
+            // From the nanosecond text written without leading zeros: its
+            // first `width` characters, or its value zero-padded to `width`
+            // digits when it is shorter.
+            const std::size_t w = kw.width;
+            const std::size_t have = strnlen(f.fraction, sizeof f.fraction);
+            if (have < w) {
+              n = qwz::decimal_text(qwz::decimal_value(f.fraction, have), static_cast<int>(w),
+                                    piece, sizeof piece);
+              if (n > sizeof piece - 1) n = sizeof piece - 1;
+            } else {
+              src = f.fraction;
+              n = w;
+            }
+          }
+          break;
+      }
+    }
+    if (n > qwz::kWorkBufferSize - 1 - len) n = qwz::kWorkBufferSize - 1 - len;
+    std::memcpy(out + len, src, n);
+    len += n;
+    if (stop) break;
+  }
+  out[len] = '\0';
+  out_len = len;
+  return len > 0;
+}
+
+// The shared entry on a stack token array.
+bool fields_to_text(const datetime_fields &fields, const QWZtext *format,
+                    std::size_t format_length, QWZtext *buffer, const ub4 *buffer_size,
+                    sb4 &error_code, bool stop_after_seconds) {
+  if (!format || !buffer || !buffer_size) return false;
+  const char *fmt = reinterpret_cast<const char *>(format);
+  const std::size_t window = strnlen(fmt, format_length);
+  if (window > qwz::kMaxFormatLength) return false;
+  char fmt_buf[qwz::kWorkBufferSize];
+  const std::size_t fmt_len = qwz::trim_into(fmt, window, fmt_buf, sizeof fmt_buf);
+  qwz::TokenArray tokens;
+  if (qwz::translate_format(fmt_buf, fmt_len, tokens) == 0) return false;
+  switch (qwz::validate_tokens(tokens.span())) {
+    case qwz::FormatFault::none: break;
+    case qwz::FormatFault::unsupported: error_code = qwz::kFormatFaultCode; return false;
+    default: return false;
+  }
+  char result[qwz::kWorkBufferSize];
+  std::size_t len = 0;
+  if (!format_fields(result, len, tokens.span(), fields, stop_after_seconds)) return false;
+  // A capacity equal to the text's length is accepted.
+  if (*buffer_size < len) {
+    error_code = qwz::kBufferTooSmallCode;
+    return false;
+  }
+  std::memcpy(buffer, result, len);
+  if (len < *buffer_size) buffer[len] = '\0';
+  return true;
+}
+
+sword convert(const datetime_fields &f, const QWZtext *format, std::size_t format_length,
+              const ub4 *buffer_size, QWZtext *buffer, sb4 *error_code, bool stop) {
+  sb4 code = error_code ? *error_code : 0;
+  const bool ok = fields_to_text(f, format, format_length, buffer, buffer_size, code, stop);
+  if (error_code) *error_code = code;
+  return ok ? 0 : -1;
+}
+
+}  // namespace
+
+namespace qwz {
+
+void date_to_fields(const QWZDate &d, datetime_fields &f) {
+  std::memset(&f, 0, sizeof f);
+  decimal_text(d.year, 4, f.year, sizeof f.year);
+  decimal_text(d.month, 2, f.month, sizeof f.month);
+  decimal_text(d.day, 2, f.day, sizeof f.day);
+  decimal_text(d.hour, 2, f.hour, sizeof f.hour);
+  decimal_text(d.minute, 2, f.minute, sizeof f.minute);
+  decimal_text(d.second, 2, f.second, sizeof f.second);
+}
+
+void datetime_to_fields(const QWZDateTime &dt, datetime_fields &f) {
+  date_to_fields(datetime_date(&dt), f);
+  decimal_text(static_cast<long>(dt.fraction), 0, f.fraction, sizeof f.fraction);
+  f.tz_hour[0] = dt.tz_hour < 0 ? '-' : '+';
+  decimal_text(dt.tz_hour < 0 ? -dt.tz_hour : dt.tz_hour, 2, f.tz_hour + 1, sizeof f.tz_hour - 1);
+  decimal_text(dt.tz_minute < 0 ? -dt.tz_minute : dt.tz_minute, 2, f.tz_minute,
+               sizeof f.tz_minute);
+}
+
+void packed_to_fields(const ub1 *p, datetime_fields &f) {
+  std::memset(&f, 0, sizeof f);
+  const long year = p[0] * 100L - 10000 + p[1] - 100;
+  auto less_one = [](ub1 b) { return b == 0 ? 0L : b - 1L; };
+  decimal_text(year, 4, f.year, sizeof f.year);
+  decimal_text(p[2], 2, f.month, sizeof f.month);
+  decimal_text(p[3], 2, f.day, sizeof f.day);
+  decimal_text(less_one(p[4]), 2, f.hour, sizeof f.hour);
+  decimal_text(less_one(p[5]), 2, f.minute, sizeof f.minute);
+  decimal_text(less_one(p[6]), 2, f.second, sizeof f.second);
+  const ub4 ns = (static_cast<ub4>(p[7]) << 24) | (static_cast<ub4>(p[8]) << 16) |
+                 (static_cast<ub4>(p[9]) << 8) | p[10];
+  decimal_text(static_cast<long>(ns / 10000u), 0, f.fraction, sizeof f.fraction);
+}
+
+}  // namespace qwz
+
+extern "C" {
+
+int datetime_to_char(char *result, sword, const qwz_token *tokens, const datetime_fields *fields,
+                     int stop_after_seconds) {
+  if (!result || !fields) return 0;
+  char out[qwz::kWorkBufferSize];
+  std::size_t len = 0;
+  if (!format_fields(out, len, qwz::TokenList(tokens), *fields, stop_after_seconds != 0)) return 0;
+  std::memcpy(result, out, len + 1);
+  return 1;
+}
+
+int qwz_datetime_to_char(const datetime_fields *fields, const QWZtext *format,
+                         std::size_t format_length, ub1, QWZtext *buffer, const ub4 *buffer_size,
+                         sb4 *error_code, int stop_after_seconds) {
+  if (!fields) return 0;
+  return convert(*fields, format, format_length, buffer_size, buffer, error_code,
+                 stop_after_seconds != 0) == 0
+             ? 1
+             : 0;
+}
+
+sword date_to_text(const QWZDate *date, const QWZtext *format, std::size_t format_length, ub1,
+                   const ub4 *buffer_size, QWZtext *buffer, sb4 *error_code) {
+  if (!date) return -1;
+  datetime_fields f;
+  qwz::date_to_fields(*date, f);
+  return convert(f, format, format_length, buffer_size, buffer, error_code, true);
+}
+
+sword datetime_to_text(const QWZDateTime *datetime, const QWZtext *format,
+                       std::size_t format_length, ub1, const ub4 *buffer_size, QWZtext *buffer,
+                       sb4 *error_code) {
+  if (!datetime) return -1;
+  datetime_fields f;
+  qwz::datetime_to_fields(*datetime, f);
+  return convert(f, format, format_length, buffer_size, buffer, error_code, false);
+}
+
+sword datetime180_to_text(const ub1 *packed, const QWZtext *format, std::size_t format_length,
+                          ub1, const ub4 *buffer_size, QWZtext *buffer, sb4 *error_code) {
+  if (!packed) return -1;
+  datetime_fields f;
+  qwz::packed_to_fields(packed, f);
+  return convert(f, format, format_length, buffer_size, buffer, error_code, false);
+}
+
+QWZ_API sword QWZDateToText(QWZError *errhp, const QWZDate *date, const QWZtext *fmt,
+                            ub1 fmt_length, const QWZtext *lang_name, ub4 lang_length,
+                            ub4 *buf_size, QWZtext *buf) {
+  const qwz::TracedText fmt_arg(fmt, fmt_length);
+  const qwz::TracedText lang_arg(lang_name, lang_length);
+  const qwz::TracedText buf_arg(buf, buf_size);
+  return qwz::run_frame(
+      API_DATE_TO_TEXT, errhp,
+      [&]() -> Outcome {
+        if (!date) return date_error(errhp, KIND_NULL_PARAM, kDateInputPtr, 2);
+        if (!fmt) return date_error(errhp, KIND_NULL_PARAM, kDateInputPtr, 3);
+        if (!buf_size) return date_error(errhp, KIND_NULL_PARAM, kDateInputPtr, 7);
+        if (!buf) return date_error(errhp, KIND_NULL_PARAM, kDateInputPtr, 8);
+        const std::size_t fmt_len = strnlen(reinterpret_cast<const char *>(fmt), fmt_length);
+        uword flags = 0;
+        date_check(errhp, date, &flags);
+        if (flags != 0) return date_error(errhp, KIND_DATE_FORMAT, DETAIL_NONE, PARAM_NONE);
+        sb4 code = 0;
+        if (date_to_text(date, fmt, fmt_len, 0, buf_size, buf, &code) != 0) {
+          const sb4 kind = code == qwz::kBufferTooSmallCode ? KIND_BUF_TOO_SMALL
+                           : code == qwz::kFormatFaultCode  ? KIND_FORMAT_STRING
+                                                            : KIND_FORMAT_OR_DATE;
+          return done(date_error(errhp, kind, DETAIL_NONE, PARAM_NONE).status);
+        }
+        return done(0);
+      },
+      errhp, date, fmt_arg.arg(), fmt_length, lang_arg.arg(), lang_length, buf_size,
+      buf_arg.arg());
+}
+
+QWZ_API sword QWZDateTimeToText(void *hndl, QWZError *errhp, const QWZDateTime *date,
+                                const QWZtext *fmt, ub1 fmt_length, ub1 fsprec,
+                                const QWZtext *lang_name, size_t lang_length, ub4 *buf_size,
+                                QWZtext *buf) {
+  const qwz::TracedText fmt_arg(fmt, fmt_length);
+  const qwz::TracedText lang_arg(lang_name, lang_length);
+  const qwz::TracedText buf_arg(buf, buf_size);
+  return qwz::run_frame(
+      API_DATETIME_TO_TEXT, errhp,
+      [&]() -> Outcome {
+        if (const sword r = qwz::check_context(errhp, hndl)) return refuse(r);
+        if (const sword r = qwz_validate_datetime_handle(date)) {
+          datetime_error(errhp, KIND_NULL_PARAM, kDateTimeInputPtr, 3);
+          return refuse(r);
+        }
+        if (!fmt) return datetime_error(errhp, KIND_NULL_PARAM, kDateTimeInputPtr, 4);
+        if (!buf_size) return datetime_error(errhp, KIND_NULL_PARAM, kDateTimeInputPtr, 9);
+        if (!buf) return datetime_error(errhp, KIND_NULL_PARAM, kDateTimeInputPtr, 10);
+        ub4 valid = 0;
+        // A failing check call (its own trace refusing it) ends the call
+        // with its status, through the exit trace.
+        if (const sword r = QWZDateTimeCheck(hndl, errhp, date, &valid)) return done(r);
+        if (valid != 0) return datetime_error(errhp, KIND_INVALID_VALUE, DETAIL_DATE_FORMAT, 3);
+        // The format length is not lowered here: the shared entry reads at
+        // most fmt_length bytes and cuts the trimmed format at it.
+        sb4 code = 0;
+        const sword status = datetime_to_text(date, fmt, fmt_length, fsprec, buf_size, buf, &code);
+        // The date family's setter, deliberately; other failures record nothing.
+        if (status != 0 && code == qwz::kBufferTooSmallCode)
+          _QWZSetDateErrorMsg(ERRSRC_DRIVER, KIND_BUF_TOO_SMALL, DETAIL_NONE, PARAM_NONE, errhp, "");
+        else if (status != 0 && code == qwz::kFormatFaultCode)
+          _QWZSetDateErrorMsg(ERRSRC_DRIVER, KIND_FORMAT_STRING, DETAIL_NONE, PARAM_NONE, errhp, "");
+        return done(status);
+      },
+      hndl, errhp, date, fmt_arg.arg(), fmt_length, fsprec, lang_arg.arg(), lang_length,
+      buf_size, buf_arg.arg());
+}
+
+}  // extern "C"
