@@ -4,6 +4,8 @@
 #define QWZ_DDI_INTERNAL_H
 
 #include "date_datetime_interval/calendar.h"
+#include "date_datetime_interval/datetime_arith.h"
+#include "date_datetime_interval/datetime_compare.h"
 #include "date_datetime_interval/datetime_record.h"
 #include "date_datetime_interval/diagnostics.h"
 #include "date_datetime_interval/frame.h"
