@@ -39,10 +39,13 @@ inline unsigned long trace_word(T v) {
     return static_cast<unsigned long>(v);
 }
 
+// One zero word follows the traced arguments: a function whose trace leaves
+// an argument out then shows it as 0 in its record, instead of the trace unit
+// reading past the arguments it was given.
 template <class Body, class... Traced>
 inline sword run_frame(ub4 api_id, QWZError *errhp, Body &&body, Traced... traced) noexcept {
   if (qwz_trace_flag) {
-    const sword t = qwz_trace(errhp, 0, 1, api_id, trace_word(traced)...);
+    const sword t = qwz_trace(errhp, 0, 1, api_id, trace_word(traced)..., 0UL);
     if (t != 0) return t;
   }
   const sword v = qwz_validate_handle(errhp, QWZ_HTYPE_ERROR);
@@ -51,7 +54,7 @@ inline sword run_frame(ub4 api_id, QWZError *errhp, Body &&body, Traced... trace
   const Outcome out = body();
   if (!out.reached_work) return out.status;
   if (qwz_trace_flag) {
-    const sword t = qwz_trace(errhp, out.status, 0, api_id, trace_word(traced)...);
+    const sword t = qwz_trace(errhp, out.status, 0, api_id, trace_word(traced)..., 0UL);
     if (t != 0) return t;
   }
   return out.status;

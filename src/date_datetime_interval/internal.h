@@ -4,13 +4,15 @@
 #define QWZ_DDI_INTERNAL_H
 
 #include "date_datetime_interval/calendar.h"
+#include "date_datetime_interval/datetime.h"
 #include "date_datetime_interval/datetime_arith.h"
+#include "date_datetime_interval/datetime_array.h"
 #include "date_datetime_interval/datetime_compare.h"
 #include "date_datetime_interval/datetime_record.h"
 #include "date_datetime_interval/diagnostics.h"
 #include "date_datetime_interval/frame.h"
+#include "date_datetime_interval/interval.h"
 #include "errors/errors.h"
 #include "handles/handles.h"
 #include "trace/trace.h"
-
 #endif  // QWZ_DDI_INTERNAL_H
