@@ -15,4 +15,5 @@
 #include "errors/errors.h"
 #include "handles/handles.h"
 #include "trace/trace.h"
+
 #endif  // QWZ_DDI_INTERNAL_H

@@ -148,14 +148,16 @@ TEST_F(DateTimeCompare, TraceRecords) {
     EXPECT_EQ(rec[5].text, row);
   }
   {
-    // A NULL result shows as "(null)"; the refused call has no exit record.
+    // A NULL result is traced as a pointer to the text "(null)" (its row
+    // prints it as an address); the refused call has no exit record.
     TraceCapture cap;
     EXPECT_EQ(QWZDateTimeCompare(env_, err_, a, b, nullptr), -1);
     ASSERT_EQ(cap.records().size(), 1u);
     EXPECT_EQ(cap.records()[0].text,
               "<QWZDateTimeCompare>\n\tvoid*     \t" + hex12(env_) + "\n\tQWZError*     \t" +
                   hex12(err_) + "\n\tconst QWZDateTime*     \t" + hex12(a) +
-                  "\n\tconst QWZDateTime*     \t" + hex12(b) + "\n\tsword*     \t(null)");
+                  "\n\tconst QWZDateTime*     \t" + hex12(b) + "\n\tsword*     \t" +
+                  hex12(qwz::kNullText));
   }
   {
     // Zoned values: no exit record for the compare itself.
