@@ -184,3 +184,26 @@ TEST_F(DateTimeToUtc, FailuresFreeEverything) {
 }
 
 }  // namespace
+
+namespace {
+
+class DateTimeSubtractLeaks : public ArithFixture {};
+
+// An operand whose move to UTC fails: the copy made of the other is still
+// freed, the difference routine refuses the missing copy, and the diagnostic
+// left is the one of the refused copy.
+TEST_F(DateTimeSubtractLeaks, FailedMoveToUtcFreesTheCopies) {
+  ZoneGuard z(kUtc);
+  QWZDateTime *good = dt(69, {2024, 5, 1, 10, 0, 0, 0, 2, 0});
+  QWZDateTime *bad = dt(69, {2024, 2, 30, 10, 0, 0, 0, 2, 0});
+  QWZInterval *out = ds(7, 7, 7, 7, 7);
+  const long live = qwz_live_descriptor_count();
+  EXPECT_EQ(QWZDateTimeSubtract(env_, err_, good, bad, out), -1);
+  expect_diag(22007, "22007", kDateFormat22007);
+  EXPECT_EQ(qwz_live_descriptor_count(), live);
+  EXPECT_EQ(QWZDateTimeSubtract(env_, err_, bad, good, out), -1);
+  EXPECT_EQ(qwz_live_descriptor_count(), live);
+  EXPECT_EQ(out->slot[0], 7);
+}
+
+}  // namespace
