@@ -5,7 +5,9 @@
 
 #include "date_datetime_interval/calendar.h"
 #include "date_datetime_interval/datetime.h"
+#include "date_datetime_interval/datetime_arith.h"
 #include "date_datetime_interval/datetime_array.h"
+#include "date_datetime_interval/datetime_compare.h"
 #include "date_datetime_interval/datetime_record.h"
 #include "date_datetime_interval/diagnostics.h"
 #include "date_datetime_interval/format_model.h"
