@@ -293,7 +293,9 @@ qwz_token *qwz_add_token_list(qwz_token *head, const qwz_keyword *keyword, const
     return nullptr;
   }
   node->keyword = keyword;
-  std::strncpy(node->text, text ? text : "", sizeof node->text);
+  // Up to 8 bytes, zero-padded (the node is zeroed), with no NUL when all 8 are used.
+  const char *src = text ? text : "";
+  std::memcpy(node->text, src, strnlen(src, sizeof node->text));
   node->case_style = case_style;
   if (!head) return node;
   qwz_token *tail = head;
