@@ -233,6 +233,33 @@ TEST_F(ConstructConf, RejectedZoneText) {
   }
 }
 
+// The zone text is read before the value is checked: a rejected text wins
+// over an invalid date, which then stays written.
+TEST_F(ConstructConf, ZoneTextBeforeCheck) {
+  QWZDateTime *d = new_datetime(69);
+  ASSERT_EQ(put(d, V{1999, 12, 31, 12, 0, 0, 0, 0, 0}), QWZ_SUCCESS);
+  EXPECT_EQ(construct(d, {2024, 13, 1, 10, 0, 0, 0}, "ab:cd", 5), QWZ_ERROR);
+  expect_clear();
+  EXPECT_EQ(bytes_of(d)[2], 13);
+}
+
+// The zone text is cut at its given length.
+TEST_F(ConstructConf, ZoneTextLength) {
+  ZoneGuard z(kCet);
+  struct Case {
+    std::size_t len;
+    sb1 h, m;
+  } cases[] = {{0, 0, 0}, {3, 5, 0}, {4, 5, 0}, {6, 5, 30}, {100, 5, 30}};
+  for (const Case &c : cases) {
+    QWZDateTime *d = new_datetime(67);
+    ASSERT_EQ(construct(d, {0, 0, 0, 10, 0, 0, 0}, "+05:30", c.len), QWZ_SUCCESS) << c.len;
+    sb1 h = 99, m = 99;
+    ASSERT_EQ(QWZDateTimeGetTimeZoneOffset(env_, err_, d, &h, &m), QWZ_SUCCESS);
+    EXPECT_EQ(h, c.h) << c.len;
+    EXPECT_EQ(m, c.m) << c.len;
+  }
+}
+
 // A local-zone timestamp is not filled: nothing is written and the call
 // succeeds, whatever the arguments.
 TEST_F(ConstructConf, LocalZoneTimestampIsNotWritten) {
