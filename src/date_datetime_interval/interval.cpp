@@ -294,7 +294,9 @@ QWZ_API sword QWZIntervalCompare(void *hndl, QWZError *errhp, const QWZInterval 
         }
         return done(0);
       },
-      hndl, errhp, inter1, inter2, qwz::or_null_text(result));
+      // Only the getters and the check trace a NULL output as "(null)"; the
+      // result pointer here is traced as it is.
+      hndl, errhp, inter1, inter2, result);
 }
 
 QWZ_API sword QWZIntervalAdd(void *hndl, QWZError *errhp, QWZInterval *addend1,

@@ -317,9 +317,12 @@ sword interval_to_text(const QWZInterval *interval, ub1 lfprec, ub1 fsprec, QWZt
     return -1;
   }
   if (interval->hdr.type != INTERVAL_KIND_YM && interval->hdr.type != INTERVAL_KIND_DS) return 0;
+  // The text is written whole: buf_size bounds only what the buffer held
+  // before, so the caller's buffer must have room for the longest text
+  // (QWZ_INTERVAL_DS_TEXT_MAX + 1 bytes at the clamped precisions).
   char text[kTextRoom];
   const int n = format_interval(interval, lfprec, fsprec, text);
-  const std::size_t len = std::min(static_cast<std::size_t>(n > 0 ? n : 0), buf_size - 1);
+  const std::size_t len = std::min(static_cast<std::size_t>(n > 0 ? n : 0), kTextRoom - 1);
   std::memcpy(out, text, len);
   out[len] = '\0';
   *resultlen = std::strlen(out);

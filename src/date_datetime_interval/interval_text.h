@@ -46,7 +46,7 @@ extern "C" {
 // Writes the interval's text into buf and its length into *resultlen. The
 // buffer test is strlen(buf) < buf_size: it measures what the caller's
 // buffer already holds, not the text to come; on failure *code = 9 and -1.
-// The text is then cut, if need be, to buf_size - 1 bytes and a NUL.
+// The text is then written whole, with its NUL, whatever buf_size says.
 // -1 without touching code for a NULL pointer; 0, with nothing written, for
 // a descriptor of neither kind; else 0.
 QWZ_INTERNAL sword interval_to_text(const QWZInterval *interval, ub1 lfprec, ub1 fsprec,
