@@ -199,14 +199,6 @@ std::size_t translate_format(const char *format, std::size_t n, TokenArray &out)
   return out.count;
 }
 
-std::size_t trim_into(const char *text, std::size_t n, char *dst, std::size_t cap) {
-  std::size_t b = 0;
-  const std::size_t len = trim_window(text, n, cap, &b);
-  std::memcpy(dst, text + b, len);
-  dst[len] = '\0';
-  return len;
-}
-
 bool literal_is_valid(const qwz_token &t) {
   char text[sizeof t.text + 1] = {};
   std::memcpy(text, t.text, sizeof t.text);

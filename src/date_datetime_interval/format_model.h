@@ -294,10 +294,6 @@ inline std::size_t trim_window(const char *text, std::size_t n, std::size_t cap,
   return e - b < cap - 1 ? e - b : cap - 1;
 }
 
-// Trims blanks off both ends of text[0, n) and copies at most cap - 1 of the
-// remaining characters into dst, NUL-terminated. Returns the length written.
-std::size_t trim_into(const char *text, std::size_t n, char *dst, std::size_t cap);
-
 // Whether qwz_gkwinit has run (an atomic read of g_qwz_initilized).
 bool keyword_table_initialised();
 

@@ -428,7 +428,7 @@ int qwz_char_to_datetime(const QWZText *text, std::size_t text_length, const QWZ
 
 sword date_from_text(QWZError *errhp, const QWZText *text, std::size_t text_length,
                      const QWZText *format, std::size_t format_length, QWZDate *date) {
-  if (!text || !format) return -1;
+  if (!text || !format || !date) return -1;
   return qwz::date_from_window(errhp, text, text_length_of(text, text_length), format,
                                text_length_of(format, format_length), date);
 }
@@ -436,6 +436,7 @@ sword date_from_text(QWZError *errhp, const QWZText *text, std::size_t text_leng
 sword datetime_from_text(QWZError *errhp, const QWZText *text, std::size_t text_length,
                          const QWZText *format, std::size_t format_length,
                          QWZDateTime *datetime) {
+  if (!datetime) return -1;
   const std::size_t text_window = text ? text_length_of(text, text_length) : 0;
   const std::size_t fmt_window = format ? text_length_of(format, format_length) : 0;
   return qwz::datetime_from_window(errhp, text, text_window, format, fmt_window, datetime);
@@ -444,6 +445,7 @@ sword datetime_from_text(QWZError *errhp, const QWZText *text, std::size_t text_
 sword append_timezone_from_text(QWZError *errhp, const QWZText *text, std::size_t text_length,
                                 const QWZText *format, std::size_t format_length,
                                 QWZDateTime *datetime) {
+  if (!datetime) return -1;
   datetime_fields f;
   sb4 code = 0;
   // Only the zone is read, so a missing year or month needs no clock.
