@@ -174,11 +174,34 @@ void date_to_fields(const QWZDate &d, datetime_fields &f) {
   two_digit_text(d.second, f.second);
 }
 
+// "%ld" of a count that is never negative, two digits at a time, into a
+// slot: the text's first N - 1 characters and a NUL, or its first N
+// characters without one when it is longer (only the leading digits of a
+// nanosecond count are ever read, and a bounded length shows it ran on).
+template <std::size_t N>
+void count_text(ub4 v, char (&slot)[N]) {
+  char text[10];
+  std::size_t n = 1;
+  for (std::uint64_t p = 10; n < 10 && v >= p; p *= 10) ++n;
+  std::size_t at = n;
+  while (at >= 2) {
+    at -= 2;
+    std::memcpy(text + at, kDigitPairs.text + 2 * (v % 100), 2);
+    v /= 100;
+  }
+  if (at == 1) text[0] = static_cast<char>('0' + v);
+  const std::size_t k = n < N ? n : N;
+  std::memcpy(slot, text, k);
+  if (k < N) slot[k] = '\0';
+}
+
 void datetime_to_fields(const QWZDateTime &dt, datetime_fields &f) {
   date_to_fields(datetime_date(&dt), f);
-  decimal_text(static_cast<long>(dt.fraction), 0, f.fraction, sizeof f.fraction);
+  count_text(dt.fraction, f.fraction);
   f.tz_hour[0] = dt.tz_hour < 0 ? '-' : '+';
-  decimal_text(dt.tz_hour < 0 ? -dt.tz_hour : dt.tz_hour, 2, f.tz_hour + 1, sizeof f.tz_hour - 1);
+  const int tz_hour = dt.tz_hour < 0 ? -dt.tz_hour : dt.tz_hour;
+  if (tz_hour <= 99) two_digits(static_cast<unsigned>(tz_hour), f.tz_hour + 1);
+  else decimal_text(tz_hour, 2, f.tz_hour + 1, sizeof f.tz_hour - 1);
   two_digit_text(dt.tz_minute < 0 ? -dt.tz_minute : dt.tz_minute, f.tz_minute);
 }
 
@@ -194,7 +217,7 @@ void packed_to_fields(const ub1 *p, datetime_fields &f) {
   decimal_text(less_one(p[6]), 2, f.second, sizeof f.second);
   const ub4 ns = (static_cast<ub4>(p[7]) << 24) | (static_cast<ub4>(p[8]) << 16) |
                  (static_cast<ub4>(p[9]) << 8) | p[10];
-  decimal_text(static_cast<long>(ns / 10000u), 0, f.fraction, sizeof f.fraction);
+  count_text(ns / 10000u, f.fraction);
 }
 
 }  // namespace qwz
