@@ -194,13 +194,23 @@ bool read_fields(const char *text, std::size_t n, const Tokens &tokens, datetime
   return true;
 }
 
-// The text with every digit read as '0', eight bytes at a time (the text
-// is zero-padded to whole words).
-void text_shape(const unsigned char *padded, std::size_t n, std::uint64_t *shape) {
+// Eight bytes of the text from position i as a word, zero past its end;
+// never reads past the text.
+inline std::uint64_t text_word(const unsigned char *t, std::size_t n, std::size_t i) {
+  std::uint64_t x = 0;
+  if (i + 8 <= n) {
+    std::memcpy(&x, t + i, 8);
+  } else {
+    for (std::size_t k = 0; i + k < n; ++k) x |= std::uint64_t{t[i + k]} << (8 * k);
+  }
+  return x;
+}
+
+// The text with every digit read as '0', eight bytes at a time.
+void text_shape(const unsigned char *t, std::size_t n, std::uint64_t *shape) {
   constexpr std::uint64_t ones = ~std::uint64_t{0} / 255, low7 = ones * 127, high = ones * 128;
   for (std::size_t w = 0; w * 8 < n; ++w) {
-    std::uint64_t x;
-    std::memcpy(&x, padded + 8 * w, 8);
+    const std::uint64_t x = text_word(t, n, 8 * w);
     // High bit of each byte strictly between '/' and ':' (bytes of 0x80 and
     // above excluded), that is of each digit; then clear the digits' low
     // nibbles, turning them all into '0'.
@@ -210,19 +220,18 @@ void text_shape(const unsigned char *padded, std::size_t n, std::uint64_t *shape
   }
 }
 
-// The stores of a recorded parse, on a text of the same classes (padded
-// with zeros to whole words, so a run is one 8-byte load).
-void replay(const qwz::ParsePlan &plan, const unsigned char *padded, datetime_fields &f) {
+// The stores of a recorded parse, on a text of the same classes.
+void replay(const qwz::ParsePlan &plan, const unsigned char *t, std::size_t n,
+            datetime_fields &f) {
   for (std::size_t i = 0; i < plan.stores; ++i) {
     const qwz::PlanStore &s = plan.store[i];
     std::uint64_t col = 0;
     if (s.run) {
-      if (s.count > 0) {
-        std::memcpy(&col, padded + s.pos[0], 8);
-        col &= s.count >= 8 ? ~std::uint64_t{0} : (std::uint64_t{1} << (8 * s.count)) - 1;
-      }
+      // Side by side: one word, cut to the characters collected.
+      if (s.count > 0)
+        col = text_word(t, n, s.pos[0]) & ((std::uint64_t{1} << (8 * s.count)) - 1);
     } else {
-      for (std::size_t k = 0; k < s.count; ++k) col |= std::uint64_t{padded[s.pos[k]]} << (8 * k);
+      for (std::size_t k = 0; k < s.count; ++k) col |= std::uint64_t{t[s.pos[k]]} << (8 * k);
     }
     if (s.kind == qwz::FieldKind::fraction) col |= std::uint64_t{'0'} << (8 * s.count);
     store_slot(reinterpret_cast<char *>(&f) + s.offset, col, s.size);
@@ -263,17 +272,16 @@ bool parse_fields(const char *text, std::size_t n, const Tokens &tokens, datetim
 bool parse_compiled(const char *text, std::size_t n, const qwz::CompiledFormat &format,
                     datetime_fields &f, bool calendar_defaults) {
   if (n > qwz::kPlanMaxText) return parse_fields(text, n, format.span(), f, calendar_defaults);
-  unsigned char padded[qwz::kPlanMaxText + 8] = {};
-  std::memcpy(padded, text, n);
-  std::uint64_t shape[qwz::kPlanMaxText / 8];
-  text_shape(padded, n, shape);
+  const auto *t = reinterpret_cast<const unsigned char *>(text);
+  std::uint64_t shape[qwz::kPlanMaxText / 8] = {};
+  text_shape(t, n, shape);
   const std::size_t words = (n + 7) / 8;
   for (const qwz::ParsePlan &plan : format.plan) {
     if (!plan.valid || plan.length != n) continue;
     bool same = true;
     for (std::size_t w = 0; w < words; ++w) same &= plan.shape[w] == shape[w];
     if (same) {
-      replay(plan, padded, f);
+      replay(plan, t, n, f);
       return apply_defaults(f, calendar_defaults);
     }
   }
@@ -292,10 +300,15 @@ bool parse_compiled(const char *text, std::size_t n, const qwz::CompiledFormat &
 
 template <std::size_t N>
 long slot_value(const char (&slot)[N]) {
-  // Two digits and the end is by far the most common text.
-  if (is_digit(static_cast<unsigned char>(slot[0])) &&
-      is_digit(static_cast<unsigned char>(slot[1])) && slot[2] == '\0')
-    return (slot[0] - '0') * 10 + (slot[1] - '0');
+  const auto digit = [&](std::size_t i) { return is_digit(static_cast<unsigned char>(slot[i])); };
+  // Two digits and the end (four for a year) are by far the most common.
+  if (digit(0) && digit(1)) {
+    if (slot[2] == '\0') return (slot[0] - '0') * 10 + (slot[1] - '0');
+    if constexpr (N >= 5)
+      if (digit(2) && digit(3) && slot[4] == '\0')
+        return ((slot[0] - '0') * 10 + (slot[1] - '0')) * 100 + (slot[2] - '0') * 10 +
+               (slot[3] - '0');
+  }
   return qwz::decimal_value(slot, N);
 }
 
