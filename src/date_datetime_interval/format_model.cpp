@@ -4,6 +4,7 @@
 #include "date_datetime_interval/frame.h"
 
 #include <atomic>
+#include <cstddef>
 #include <cstdlib>
 #include <cstring>
 #include <new>
@@ -198,21 +199,118 @@ std::size_t translate_format(const char *format, std::size_t n, TokenArray &out)
   return out.count;
 }
 
-std::size_t trim_into(const char *text, std::size_t n, char *dst, std::size_t cap) {
-  std::size_t b = 0, e = n;
-  while (b < e && text[b] == ' ') ++b;
-  while (e > b && text[e - 1] == ' ') --e;
-  std::size_t len = e - b;
-  if (len > cap - 1) len = cap - 1;
-  std::memcpy(dst, text + b, len);
-  dst[len] = '\0';
-  return len;
-}
-
 bool literal_is_valid(const qwz_token &t) {
   char text[sizeof t.text + 1] = {};
   std::memcpy(text, t.text, sizeof t.text);
   return qwz_validate_expr(text) == 1;
+}
+
+namespace {
+
+// The field each keyword id reads and writes.
+struct FieldRule {
+  FieldKind kind;
+  ub1 offset;
+  ub1 size;
+};
+
+constexpr FieldRule field_rule(ub4 id) {
+  using F = datetime_fields;
+  switch (id) {
+    case KW_DD: return {FieldKind::plain, offsetof(F, day), sizeof F::day};
+    case KW_HH:
+    case KW_HH12:
+    case KW_HH24: return {FieldKind::plain, offsetof(F, hour), sizeof F::hour};  // all 24-hour
+    case KW_MI: return {FieldKind::plain, offsetof(F, minute), sizeof F::minute};
+    case KW_MM: return {FieldKind::plain, offsetof(F, month), sizeof F::month};
+    case KW_SS: return {FieldKind::plain, offsetof(F, second), sizeof F::second};
+    case KW_TZH: return {FieldKind::zone, offsetof(F, tz_hour), sizeof F::tz_hour};
+    case KW_TZM: return {FieldKind::zone, offsetof(F, tz_minute), sizeof F::tz_minute};
+    case KW_YYYY:
+    case KW_SYYYY: return {FieldKind::year, offsetof(F, year), sizeof F::year};
+    default:
+      if (is_fraction_keyword(id))
+        return {FieldKind::fraction, offsetof(F, fraction), sizeof F::fraction};
+      return {FieldKind::ignored, 0, 0};
+  }
+}
+
+struct FieldRules {
+  FieldRule rule[QWZ_KEYWORD_COUNT];
+};
+constexpr FieldRules build_field_rules() {
+  FieldRules r{};
+  for (int i = 0; i < QWZ_KEYWORD_COUNT; ++i) r.rule[i] = field_rule(static_cast<ub4>(i));
+  return r;
+}
+constexpr FieldRules kFieldRules = build_field_rules();
+
+// Every usable keyword has a field, which holds its width (a fraction its
+// digits and the trailing '0'), and keeps no more than its width.
+constexpr bool rules_fit() {
+  for (int i = 0; i < QWZ_KEYWORD_COUNT; ++i) {
+    const FieldRule &r = kFieldRules.rule[i];
+    if ((g_kws[i].supported == 1) != (r.kind != FieldKind::ignored)) return false;
+    const ub4 need = g_kws[i].width + (r.kind == FieldKind::fraction ? 2u : 1u);
+    if (r.kind != FieldKind::ignored && need > r.size) return false;
+  }
+  return true;
+}
+static_assert(rules_fit());
+
+}  // namespace
+
+FormatToken make_format_token(const qwz_keyword *row, char ch) {
+  if (!row) return {FieldKind::literal, ch, 0, 0, 0, 0, 0, 0};
+  const FieldRule &r = kFieldRules.rule[row->id < QWZ_KEYWORD_COUNT ? row->id : 0];
+  return {r.kind,
+          '\0',
+          static_cast<ub1>(row->id),
+          static_cast<ub1>(row->width),
+          static_cast<ub1>(row->required == 1 ? 1 : 0),
+          r.offset,
+          r.size,
+          static_cast<ub1>(row->id == KW_SS ? 1 : 0)};
+}
+
+
+namespace {
+
+constexpr std::size_t kCacheEntries = 4;
+struct CacheEntry {
+  std::size_t length;
+  bool used;
+  char format[kMaxFormatLength];
+  CompiledFormat compiled;
+};
+struct FormatCache {
+  CacheEntry entry[kCacheEntries];
+  std::size_t next;
+};
+// Per thread and trivially constructible, so reaching it costs no guard.
+thread_local FormatCache t_cache;
+
+}  // namespace
+
+const CompiledFormat *compile_format(const char *format, std::size_t n) {
+  if (n == 0 || n > kMaxFormatLength) return nullptr;
+  FormatCache &cache = t_cache;
+  for (CacheEntry &e : cache.entry)
+    if (e.used && e.length == n && std::memcmp(e.format, format, n) == 0) return &e.compiled;
+  CacheEntry &e = cache.entry[cache.next];
+  cache.next = (cache.next + 1) % kCacheEntries;
+  TokenArray tokens;
+  translate_format(format, n, tokens);
+  CompiledFormat &c = e.compiled;
+  c.count = tokens.count;
+  c.fault = validate_tokens(tokens.span());
+  for (std::size_t i = 0; i < tokens.count; ++i) c.tok[i] = format_token(tokens.tok[i]);
+  for (ParsePlan &p : c.plan) p.valid = 0;
+  c.next_plan = 0;
+  std::memcpy(e.format, format, n);
+  e.length = n;
+  e.used = true;
+  return &c;
 }
 
 bool keyword_table_initialised() {
@@ -223,8 +321,14 @@ unsigned long TracedText::word() const {
   if (!text_) return reinterpret_cast<unsigned long>(kNullText);
   const std::size_t bound = indirect_ ? (bound_ptr_ ? *bound_ptr_ : 0) : bound_;
   const char *s = static_cast<const char *>(text_);
-  copy_.assign(s, strnlen(s, bound));
-  return reinterpret_cast<unsigned long>(copy_.c_str());
+  // A record has at most four text arguments and is formatted before the
+  // next one is started, so eight copies per thread are never overwritten
+  // while still in use.
+  thread_local std::string ring[8];
+  thread_local unsigned next = 0;
+  std::string &copy = ring[next++ % 8];
+  copy.assign(s, strnlen(s, bound));
+  return reinterpret_cast<unsigned long>(copy.c_str());
 }
 
 std::size_t decimal_text(long v, int width, char *dst, std::size_t cap) {
@@ -251,16 +355,6 @@ std::size_t decimal_text(long v, int width, char *dst, std::size_t cap) {
   while (nd > 0) put(digits[--nd]);
   if (w < cap) dst[w] = '\0';
   return total;
-}
-
-long decimal_value(const char *text, std::size_t cap) {
-  std::size_t i = 0;
-  bool negative = false;
-  if (i < cap && (text[i] == '-' || text[i] == '+')) negative = text[i++] == '-';
-  long v = 0;
-  for (std::size_t digits = 0; i < cap && text[i] >= '0' && text[i] <= '9'; ++i, ++digits)
-    if (digits < 18) v = v * 10 + (text[i] - '0');
-  return negative ? -v : v;
 }
 
 }  // namespace qwz
@@ -293,9 +387,8 @@ qwz_token *qwz_add_token_list(qwz_token *head, const qwz_keyword *keyword, const
     return nullptr;
   }
   node->keyword = keyword;
-  // Up to 8 bytes, zero-padded (the node is zeroed), with no NUL when all 8 are used.
-  const char *src = text ? text : "";
-  std::memcpy(node->text, src, strnlen(src, sizeof node->text));
+  // A bounded copy: at most 8 characters, zero-padded (the node is cleared).
+  if (text) std::memcpy(node->text, text, strnlen(text, sizeof node->text));
   node->case_style = case_style;
   if (!head) return node;
   qwz_token *tail = head;

@@ -12,7 +12,10 @@
 #include "handles/handles.h"
 
 #include <cstddef>
+#include <cstdint>
+#include <cstring>
 #include <iterator>
+#include <memory>
 #include <span>
 #include <string>
 
@@ -88,7 +91,7 @@ inline constexpr ub4 KW_TZH = 47;
 inline constexpr ub4 KW_TZM = 48;
 inline constexpr ub4 KW_YYYY = 56;
 inline constexpr ub4 KW_SYYYY = 57;
-inline bool is_fraction_keyword(ub4 id) { return id >= KW_FF1 && id <= KW_FF5; }
+constexpr bool is_fraction_keyword(ub4 id) { return id >= KW_FF1 && id <= KW_FF5; }
 
 // Error codes the conversions hand back to their public functions.
 inline constexpr sb4 kFormatFaultCode = 5;   // the format itself is at fault
@@ -166,9 +169,130 @@ FormatFault validate_tokens(const Tokens &tokens) {
   return FormatFault::none;
 }
 
-// Trims blanks off both ends of text[0, n) and copies at most cap - 1 of the
-// remaining characters into dst, NUL-terminated. Returns the length written.
-std::size_t trim_into(const char *text, std::size_t n, char *dst, std::size_t cap);
+// ---- fields and compiled formats: what the text conversions walk ----------
+
+}  // namespace qwz
+
+extern "C" {
+
+// The field-text record shared by the parser and the formatter: each field
+// as zero-terminated decimal text in a fixed slot (36 bytes).
+struct datetime_fields {
+  char year[6];       // digits, optionally after a '-'
+  char month[3];
+  char day[3];
+  char hour[3];       // 24-hour
+  char minute[3];
+  char second[3];
+  char fraction[7];
+  char tz_hour[4];    // with its sign, such as "+00"
+  char tz_minute[3];
+  char tz_given;      // 1 when the format held TZH or TZM
+};
+
+}  // extern "C"
+
+namespace qwz {
+
+// What a token does with the record.
+enum class FieldKind : ub1 {
+  literal,   // one literal character
+  ignored,   // a keyword with no field (only in unchecked token lists)
+  plain,     // day, month, hour, minute, second: its slot's first `width` characters
+  zone,      // TZH, TZM: as plain, and marks the zone as given
+  year,      // YYYY, SYYYY: exactly `width` characters when written
+  fraction,  // FF1..FF5: exactly `width` digits
+};
+
+// A token with everything the conversions need at hand (8 bytes).
+struct FormatToken {
+  FieldKind kind;
+  char ch;       // a literal's character
+  ub1 id;        // a keyword's row
+  ub1 width;     // the row's width
+  ub1 required;  // the row's required flag
+  ub1 offset;    // the slot in datetime_fields
+  ub1 size;      // the slot's size
+  ub1 seconds;   // 1 for SS: a date's text ends after it
+};
+
+// The token for a keyword row (NULL: a literal with character `ch`).
+FormatToken make_format_token(const qwz_keyword *row, char ch);
+inline const FormatToken &format_token(const FormatToken &t) { return t; }
+inline FormatToken format_token(const qwz_token &t) {
+  return make_format_token(t.keyword, t.text[0]);
+}
+
+// A recorded parse. The parser's every decision depends only on the class
+// of each character (digit, blank, '-', letter, other) and on the text's
+// length, never on which digit it is; so once a text has been parsed under a
+// format, any text of the same length and the same classes takes exactly the
+// same path: the same characters go into the same slots and it succeeds the
+// same way. A plan keeps that path (only for successful parses of short
+// texts) so such texts are read by copying characters. A text is known to
+// have the plan's classes when it equals the plan's text with every digit
+// read as '0' (its "shape"); that is compared eight bytes at a time.
+inline constexpr std::size_t kPlanMaxText = 64;
+inline constexpr std::size_t kPlanMaxStores = 16;
+struct PlanStore {
+  ub1 offset;      // the slot
+  ub1 size;
+  FieldKind kind;  // plain, zone or fraction (a fraction gets its '0')
+  ub1 count;       // characters collected
+  ub1 run;         // 1 when they stand side by side from pos[0]
+  ub1 pos[7];      // their positions in the text
+};
+struct ParsePlan {
+  ub1 valid;
+  ub1 length;
+  ub1 stores;
+  std::uint64_t shape[kPlanMaxText / 8];
+  PlanStore store[kPlanMaxStores];
+};
+
+struct CompiledFormat {
+  std::size_t count = 0;
+  FormatFault fault = FormatFault::none;  // the first rule the tokens break
+  FormatToken tok[kMaxFormatLength];
+  std::span<const FormatToken> span() const { return {tok, count}; }
+  // Parses recorded under this format (per thread, like the format itself).
+  mutable ParsePlan plan[2];
+  mutable ub1 next_plan;
+};
+
+// The tokens and the verdict of the rules for format[0, n) (n <= 127, no NUL
+// among them), or NULL when there is nothing to translate (n == 0).
+// Translations are kept in a small per-thread cache keyed by the format's
+// bytes, so a repeated format is neither translated nor checked again; the
+// result stays valid until the calling thread's next call.
+const CompiledFormat *compile_format(const char *format, std::size_t n);
+
+// A literal's text: up to 8 characters for a list token, one for a compiled one.
+inline std::size_t literal_text(const qwz_token &t, const char *&text) {
+  text = t.text;
+  return strnlen(t.text, sizeof t.text);
+}
+inline std::size_t literal_text(const FormatToken &t, const char *&text) {
+  text = &t.ch;
+  return 1;
+}
+inline bool literal_is_valid(const FormatToken &t) {
+  const unsigned char c = static_cast<unsigned char>(t.ch);
+  const unsigned lower = c | 0x20u;
+  return !((c >= '0' && c <= '9') || (lower >= 'a' && lower <= 'z'));
+}
+
+// The trimmed part of text[0, n) in place: *begin past the leading blanks,
+// the length without the trailing ones, cut at cap - 1 characters (what a
+// cap-byte work buffer would hold).
+inline std::size_t trim_window(const char *text, std::size_t n, std::size_t cap,
+                               std::size_t *begin) {
+  std::size_t b = 0, e = n;
+  while (b < e && text[b] == ' ') ++b;
+  while (e > b && text[e - 1] == ' ') --e;
+  *begin = b;
+  return e - b < cap - 1 ? e - b : cap - 1;
+}
 
 // Whether qwz_gkwinit has run (an atomic read of g_qwz_initilized).
 bool keyword_table_initialised();
@@ -178,6 +302,8 @@ bool keyword_table_initialised();
 // trace gets a NUL-terminated copy of at most the given length ("(null)" for
 // NULL). The copy is made only when a trace record is written, and again for
 // each record, so an output buffer traced on exit shows what was written.
+// Copies live in a small per-thread ring that outlasts the formatting of
+// one record; an untraced call only stores the pointer and the bound.
 class TracedText {
  public:
   TracedText(const void *text, std::size_t bound) : text_(text), bound_(bound) {}
@@ -199,7 +325,6 @@ class TracedText {
   std::size_t bound_ = 0;
   const ub4 *bound_ptr_ = nullptr;
   bool indirect_ = false;
-  mutable std::string copy_;
 };
 
 // Writes "%0*ld"-style decimal text of v (at least `width` characters, a
@@ -208,9 +333,41 @@ class TracedText {
 // (so a bounded length read shows it did not fit). Returns the full length.
 std::size_t decimal_text(long v, int width, char *dst, std::size_t cap);
 
+// "00" to "99".
+struct DigitPairs {
+  char text[200];
+};
+constexpr DigitPairs make_digit_pairs() {
+  DigitPairs p{};
+  for (int i = 0; i < 100; ++i) {
+    p.text[2 * i] = static_cast<char>('0' + i / 10);
+    p.text[2 * i + 1] = static_cast<char>('0' + i % 10);
+  }
+  return p;
+}
+inline constexpr DigitPairs kDigitPairs = make_digit_pairs();
+
+// "%02d" of 0..99 and "%04d" of 0..9999 into dst, NUL-terminated.
+inline void two_digits(unsigned v, char *dst) {
+  std::memcpy(dst, kDigitPairs.text + 2 * v, 2);
+  dst[2] = '\0';
+}
+inline void four_digits(unsigned v, char *dst) {
+  std::memcpy(dst, kDigitPairs.text + 2 * (v / 100), 2);
+  two_digits(v % 100, dst + 2);
+}
+
 // The value of a decimal text: optional sign, digits up to the first other
 // character; reads at most `cap` bytes.
-long decimal_value(const char *text, std::size_t cap);
+inline long decimal_value(const char *text, std::size_t cap) {
+  std::size_t i = 0;
+  bool negative = false;
+  if (i < cap && (text[i] == '-' || text[i] == '+')) negative = text[i++] == '-';
+  long v = 0;
+  for (std::size_t digits = 0; i < cap && text[i] >= '0' && text[i] <= '9'; ++i, ++digits)
+    if (digits < 18) v = v * 10 + (text[i] - '0');
+  return negative ? -v : v;
+}
 
 }  // namespace qwz
 

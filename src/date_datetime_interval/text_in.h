@@ -11,20 +11,8 @@
 
 extern "C" {
 
-// Each field as zero-terminated decimal text in a fixed slot (36 bytes). The
-// parser fills it from text; the formatter (text_out) fills it from a value.
-struct datetime_fields {
-  char year[6];       // digits, optionally after a '-'
-  char month[3];
-  char day[3];
-  char hour[3];       // 24-hour
-  char minute[3];
-  char second[3];
-  char fraction[7];
-  char tz_hour[4];    // with its sign, such as "+00"
-  char tz_minute[3];
-  char tz_given;      // 1 when the format held TZH or TZM
-};
+// datetime_fields, the field-text record the parser fills from text and the
+// formatter (text_out) fills from a value, is declared in format_model.h.
 
 // The parser: reads the NUL-terminated `text` token by token into `fields`
 // (cleared by the caller) and applies the defaults. 1 on success, 0 on
@@ -71,6 +59,18 @@ namespace qwz {
 bool text_to_fields(const QWZText *text, std::size_t text_length, const QWZText *format,
                     std::size_t format_length, datetime_fields &fields, sb4 &error_code,
                     bool calendar_defaults);
+
+// The same on windows already measured: text[0, text_window) and
+// format[0, fmt_window) hold no NUL.
+bool window_to_fields(const QWZText *text, std::size_t text_window, const QWZText *format,
+                      std::size_t fmt_window, datetime_fields &fields, sb4 &error_code,
+                      bool calendar_defaults);
+// date_from_text and datetime_from_text on measured windows (what the
+// public functions call once they have lowered the lengths).
+sword date_from_window(QWZError *errhp, const QWZText *text, std::size_t text_window,
+                       const QWZText *format, std::size_t fmt_window, QWZDate *date);
+sword datetime_from_window(QWZError *errhp, const QWZText *text, std::size_t text_window,
+                           const QWZText *format, std::size_t fmt_window, QWZDateTime *datetime);
 
 }  // namespace qwz
 

@@ -9,6 +9,7 @@
 // both year keywords, as any year of six characters must.
 #include "date_datetime_interval/internal.h"
 
+#include <cstdint>
 #include <cstring>
 
 namespace {
@@ -25,70 +26,80 @@ constexpr ub4 API_DATETIME_TO_TEXT = 149;
 constexpr sb4 kDateInputPtr = 1;
 constexpr sb4 kDateTimeInputPtr = 8;
 
-// The first n characters of a slot (fewer when its text is shorter).
-template <std::size_t N>
-std::size_t slot_prefix(const char (&slot)[N], std::size_t n) {
-  return strnlen(slot, n < N ? n : N);
+// The record with eight bytes of zeros behind it, so a slot (or the
+// formatter's piece) can always be moved as one 8-byte word.
+struct PaddedFields {
+  char bytes[sizeof(datetime_fields) + 8];
+};
+// Spare room behind the result for the same 8-byte moves.
+constexpr std::size_t kResultRoom = qwz::kWorkBufferSize + 8;
+
+// Length of the text at p (at least 8 readable bytes), at most `cap` (<= 8).
+inline std::size_t bounded_length(const char *p, std::size_t cap) {
+  std::uint64_t w;
+  std::memcpy(&w, p, 8);
+  constexpr std::uint64_t ones = ~std::uint64_t{0} / 255;
+  const std::uint64_t zero = (w - ones) & ~w & (ones * 128);  // high bit of each NUL byte
+  const std::size_t n = zero ? static_cast<std::size_t>(__builtin_ctzll(zero)) / 8 : 8;
+  return n < cap ? n : cap;
+}
+
+// Appends a piece of at most 8 characters (with 8 readable bytes at src).
+inline void append(char *out, std::size_t &len, const char *src, std::size_t n) {
+  if (n > qwz::kWorkBufferSize - 1 - len) n = qwz::kWorkBufferSize - 1 - len;
+  std::memcpy(out + len, src, 8);
+  len += n;
 }
 
 template <class Tokens>
 bool format_fields(char *out, std::size_t &out_len, const Tokens &tokens,
-                   const datetime_fields &f, bool stop_after_seconds) {
+                   const datetime_fields &fields, bool stop_after_seconds) {
+  PaddedFields padded{};
+  std::memcpy(padded.bytes, &fields, sizeof fields);
   std::size_t len = 0;
-  for (const qwz_token &tok : tokens) {
-    char piece[8] = {};
-    const char *src = piece;
-    std::size_t n = 0;
-    bool stop = false;
-    if (!tok.keyword) {
-      if (!qwz::literal_is_valid(tok)) return false;
-      src = tok.text;
-      n = strnlen(tok.text, sizeof tok.text);
-    } else {
-      const qwz_keyword &kw = *tok.keyword;
-      switch (kw.id) {
-        case qwz::KW_DD: src = f.day; n = slot_prefix(f.day, 2); break;
-        case qwz::KW_HH:
-        case qwz::KW_HH12:
-        case qwz::KW_HH24: src = f.hour; n = slot_prefix(f.hour, 2); break;
-        case qwz::KW_MI: src = f.minute; n = slot_prefix(f.minute, 2); break;
-        case qwz::KW_MM: src = f.month; n = slot_prefix(f.month, 2); break;
-        case qwz::KW_SS:
-          src = f.second;
-          n = slot_prefix(f.second, 2);
-          stop = stop_after_seconds;
-          break;
-        case qwz::KW_TZH: src = f.tz_hour; n = slot_prefix(f.tz_hour, 3); break;
-        case qwz::KW_TZM: src = f.tz_minute; n = slot_prefix(f.tz_minute, 2); break;
-        case qwz::KW_YYYY:
-        case qwz::KW_SYYYY:
-          src = f.year;
-          n = strnlen(f.year, sizeof f.year);
-          if (n != kw.width) return false;
-          break;
-        default:
-          if (qwz::is_fraction_keyword(kw.id)) {
-            // From the nanosecond text written without leading zeros: its
-            // first `width` characters, or its value zero-padded to `width`
-            // digits when it is shorter.
-            const std::size_t w = kw.width;
-            const std::size_t have = strnlen(f.fraction, sizeof f.fraction);
-            if (have < w) {
-              n = qwz::decimal_text(qwz::decimal_value(f.fraction, have), static_cast<int>(w),
-                                    piece, sizeof piece);
-              if (n > sizeof piece - 1) n = sizeof piece - 1;
-            } else {
-              src = f.fraction;
-              n = w;
-            }
-          }
-          break;
+  for (const auto &any : tokens) {
+    const qwz::FormatToken &tok = qwz::format_token(any);
+    const char *slot = padded.bytes + tok.offset;
+    switch (tok.kind) {
+      case qwz::FieldKind::literal: {
+        if (!qwz::literal_is_valid(any)) return false;
+        const char *text = nullptr;
+        const std::size_t n = qwz::literal_text(any, text);
+        for (std::size_t i = 0; i < n && len < qwz::kWorkBufferSize - 1; ++i) out[len++] = text[i];
+        break;
       }
+      case qwz::FieldKind::plain:
+      case qwz::FieldKind::zone:
+        // The slot's first `width` characters (hours always 24-hour).
+        append(out, len, slot, bounded_length(slot, tok.width < tok.size ? tok.width : tok.size));
+        break;
+      case qwz::FieldKind::year: {
+        // Only a year text of exactly the keyword's width.
+        const std::size_t n = bounded_length(slot, tok.size);
+        if (n != tok.width) return false;
+        append(out, len, slot, n);
+        break;
+      }
+      case qwz::FieldKind::fraction: {
+        // From the nanosecond text written without leading zeros: its first
+        // `width` characters, or its value zero-padded to `width` digits when
+        // it is shorter.
+        const std::size_t have = bounded_length(slot, tok.size);
+        if (have < tok.width) {
+          char piece[8] = {};
+          std::size_t n =
+              qwz::decimal_text(qwz::decimal_value(slot, have), tok.width, piece, sizeof piece);
+          if (n > sizeof piece - 1) n = sizeof piece - 1;
+          append(out, len, piece, n);
+        } else {
+          append(out, len, slot, tok.width);
+        }
+        break;
+      }
+      case qwz::FieldKind::ignored:
+        break;
     }
-    if (n > qwz::kWorkBufferSize - 1 - len) n = qwz::kWorkBufferSize - 1 - len;
-    std::memcpy(out + len, src, n);
-    len += n;
-    if (stop) break;
+    if (tok.seconds && stop_after_seconds) break;
   }
   out[len] = '\0';
   out_len = len;
@@ -103,18 +114,18 @@ bool fields_to_text(const datetime_fields &fields, const QWZtext *format,
   const char *fmt = reinterpret_cast<const char *>(format);
   const std::size_t window = strnlen(fmt, format_length);
   if (window > qwz::kMaxFormatLength) return false;
-  char fmt_buf[qwz::kWorkBufferSize];
-  const std::size_t fmt_len = qwz::trim_into(fmt, window, fmt_buf, sizeof fmt_buf);
-  qwz::TokenArray tokens;
-  if (qwz::translate_format(fmt_buf, fmt_len, tokens) == 0) return false;
-  switch (qwz::validate_tokens(tokens.span())) {
+  std::size_t fmt_begin = 0;
+  const std::size_t fmt_len = qwz::trim_window(fmt, window, qwz::kWorkBufferSize, &fmt_begin);
+  const qwz::CompiledFormat *tokens = qwz::compile_format(fmt + fmt_begin, fmt_len);
+  if (!tokens) return false;
+  switch (tokens->fault) {
     case qwz::FormatFault::none: break;
     case qwz::FormatFault::unsupported: error_code = qwz::kFormatFaultCode; return false;
     default: return false;
   }
-  char result[qwz::kWorkBufferSize];
+  char result[kResultRoom];
   std::size_t len = 0;
-  if (!format_fields(result, len, tokens.span(), fields, stop_after_seconds)) return false;
+  if (!format_fields(result, len, tokens->span(), fields, stop_after_seconds)) return false;
   // A capacity equal to the text's length is accepted.
   if (*buffer_size < len) {
     error_code = qwz::kBufferTooSmallCode;
@@ -137,23 +148,61 @@ sword convert(const datetime_fields &f, const QWZtext *format, std::size_t forma
 
 namespace qwz {
 
+namespace {
+
+// "%04d" and "%02d" into a slot, the common values without the general path.
+template <std::size_t N>
+void year_text(long v, char (&slot)[N]) {
+  if (v >= 0 && v <= 9999) four_digits(static_cast<unsigned>(v), slot);
+  else decimal_text(v, 4, slot, N);
+}
+template <std::size_t N>
+void two_digit_text(long v, char (&slot)[N]) {
+  if (v >= 0 && v <= 99) two_digits(static_cast<unsigned>(v), slot);
+  else decimal_text(v, 2, slot, N);
+}
+
+}  // namespace
+
 void date_to_fields(const QWZDate &d, datetime_fields &f) {
   std::memset(&f, 0, sizeof f);
-  decimal_text(d.year, 4, f.year, sizeof f.year);
-  decimal_text(d.month, 2, f.month, sizeof f.month);
-  decimal_text(d.day, 2, f.day, sizeof f.day);
-  decimal_text(d.hour, 2, f.hour, sizeof f.hour);
-  decimal_text(d.minute, 2, f.minute, sizeof f.minute);
-  decimal_text(d.second, 2, f.second, sizeof f.second);
+  year_text(d.year, f.year);
+  two_digit_text(d.month, f.month);
+  two_digit_text(d.day, f.day);
+  two_digit_text(d.hour, f.hour);
+  two_digit_text(d.minute, f.minute);
+  two_digit_text(d.second, f.second);
+}
+
+// "%ld" of a count that is never negative, two digits at a time, into a
+// slot: the text's first N - 1 characters and a NUL, or its first N
+// characters without one when it is longer (only the leading digits of a
+// nanosecond count are ever read, and a bounded length shows it ran on).
+template <std::size_t N>
+void count_text(ub4 v, char (&slot)[N]) {
+  char text[10];
+  std::size_t n = 1;
+  for (std::uint64_t p = 10; n < 10 && v >= p; p *= 10) ++n;
+  std::size_t at = n;
+  while (at >= 2) {
+    at -= 2;
+    std::memcpy(text + at, kDigitPairs.text + 2 * (v % 100), 2);
+    v /= 100;
+  }
+  if (at == 1) text[0] = static_cast<char>('0' + v);
+  const std::size_t k = n < N ? n : N;
+  std::memcpy(slot, text, k);
+  if (k < N) slot[k] = '\0';
 }
 
 void datetime_to_fields(const QWZDateTime &dt, datetime_fields &f) {
   date_to_fields(datetime_date(&dt), f);
-  decimal_text(static_cast<long>(dt.fraction), 0, f.fraction, sizeof f.fraction);
+  count_text(dt.fraction, f.fraction);
   f.tz_hour[0] = dt.tz_hour < 0 ? '-' : '+';
-  decimal_text(dt.tz_hour < 0 ? -dt.tz_hour : dt.tz_hour, 2, f.tz_hour + 1, sizeof f.tz_hour - 1);
-  decimal_text(dt.tz_minute < 0 ? -dt.tz_minute : dt.tz_minute, 2, f.tz_minute,
-               sizeof f.tz_minute);
+  const int tz_hour = dt.tz_hour < 0 ? -dt.tz_hour : dt.tz_hour;
+  if (tz_hour <= 99) two_digits(static_cast<unsigned>(tz_hour), f.tz_hour + 1);
+  else decimal_text(tz_hour, 2, f.tz_hour + 1, sizeof f.tz_hour - 1);
+  two_digit_text(dt.tz_minute < 0 ? -dt.tz_minute : dt.tz_minute, f.tz_minute);
 }
 
 void packed_to_fields(const ub1 *p, datetime_fields &f) {
@@ -168,7 +217,7 @@ void packed_to_fields(const ub1 *p, datetime_fields &f) {
   decimal_text(less_one(p[6]), 2, f.second, sizeof f.second);
   const ub4 ns = (static_cast<ub4>(p[7]) << 24) | (static_cast<ub4>(p[8]) << 16) |
                  (static_cast<ub4>(p[9]) << 8) | p[10];
-  decimal_text(static_cast<long>(ns / 10000u), 0, f.fraction, sizeof f.fraction);
+  count_text(ns / 10000u, f.fraction);
 }
 
 }  // namespace qwz
@@ -178,7 +227,7 @@ extern "C" {
 int datetime_to_char(char *result, sword, const qwz_token *tokens, const datetime_fields *fields,
                      int stop_after_seconds) {
   if (!result || !fields) return 0;
-  char out[qwz::kWorkBufferSize];
+  char out[kResultRoom];
   std::size_t len = 0;
   if (!format_fields(out, len, qwz::TokenList(tokens), *fields, stop_after_seconds != 0)) return 0;
   std::memcpy(result, out, len + 1);

@@ -251,6 +251,9 @@ TEST_F(TextBadInput, NullForEveryPointer) {
   EXPECT_EQ(char_to_datetime(nullptr, nullptr, &fields), 0);
   EXPECT_EQ(date_from_text(err_, nullptr, 10, f, 10, &d), -1);
   EXPECT_EQ(append_timezone_from_text(err_, nullptr, 6, U("TZH:TZM"), 7, dt), -1);
+  EXPECT_EQ(append_timezone_from_text(err_, U("+01:00"), 6, U("TZH:TZM"), 7, nullptr), -1);
+  EXPECT_EQ(date_from_text(err_, t, 10, f, 10, nullptr), -1);
+  EXPECT_EQ(datetime_from_text(err_, t, 10, f, 10, nullptr), -1);
   EXPECT_EQ(qwz_datetime_to_char(&fields, f, 10, 0, buf, nullptr, &code, 1), 0);
   EXPECT_EQ(qwz_datetime_to_char(&fields, f, 10, 0, nullptr, &size, &code, 1), 0);
   EXPECT_EQ(qwz_datetime_to_char(nullptr, f, 10, 0, buf, &size, &code, 1), 0);

@@ -3,6 +3,7 @@
 #include "text_test_util.h"
 
 #include <cstdint>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -144,6 +145,83 @@ TEST_F(QwzCharToDatetime, LengthsCutTheTextAndTheFormat) {
   // The text is cut at its length: "2024-05-1".
   ASSERT_EQ(qwz_char_to_datetime(U("2024-05-17"), 9, U("YYYY-MM-DD"), 10, &f, 0, &code), 1);
   EXPECT_EQ(slot(f.day), "1");
+}
+
+TEST(CharToDatetime, LetterScanSeesEveryByteInEveryPosition) {
+  ZoneGuard z(kUtc);
+  // "12" then 22 fillers with one byte replaced: only a letter fails it
+  // (no blanks precede it).
+  for (int filler : {int{'/'}, 0x80, 0xFF, int{'@'}, int{'['}, int{'`'}, int{'{'}}) {
+    for (std::size_t pos = 2; pos < 24; ++pos) {
+      for (int v = 0; v < 256; ++v) {
+        std::string text = "12" + std::string(22, static_cast<char>(filler));
+        text[pos] = static_cast<char>(v);
+        datetime_fields f{};
+        sb4 code = 0;
+        const bool letter = (v >= 'A' && v <= 'Z') || (v >= 'a' && v <= 'z');
+        ASSERT_EQ(qwz_char_to_datetime(U(text.c_str()), text.size(), U("HH24"), 4, &f, 0, &code),
+                  letter ? 0 : 1)
+            << filler << " " << pos << " " << v;
+      }
+    }
+  }
+}
+
+// Texts of one shape are read by replaying the first one's parse; whatever
+// the path, the record must be the parser's own.
+TEST(QwzCharToDatetimeReplay, SameRecordAsTheParserForEveryText) {
+  ZoneGuard z(kUtc);
+  std::mt19937 rng(77);
+  const char *formats[] = {"YYYY-MM-DD HH24:MI:SS", "SYYYY/MM/DD HH12.MI.SS,FF5 TZH:TZM",
+                           "DD.MM.YYYY",           "YYYYMMDDHH24MISS",
+                           "FF3",                  "TZH:TZM",
+                           "HH HH24 MI",           "YYYY-MM-DD HH24:MI:SS.FF3"};
+  const char *shapes[] = {"2024-05-17 10:20:30", "-0044/03/15 23.59.59,12345 +05:30",
+                          "17.05.2024",          "20240517102030",
+                          "123",                 "-05:30",
+                          "10 11 12",            "2024-05-17 10:20:30.123",
+                          " 1-2-3 ",             "2024/5/7 1:2:3",
+                          "12 34 ab",            "1-2",
+                          "--12--",              "12345678901234567890",
+                          "  x",                  ""};
+  const char alphabet[] = "0123456789-- //.:+xZ\x80";
+  auto same_classes = [&](std::string t) {
+    for (char &c : t)
+      if (c >= '0' && c <= '9') c = static_cast<char>('0' + rng() % 10);
+    return t;
+  };
+  int replays = 0;
+  for (const char *format : formats) {
+    qwz_token *list = qwz_translate_format(format);
+    ASSERT_NE(list, nullptr);
+    for (int i = 0; i < 400; ++i) {
+      std::string text;
+      if (i % 3 == 2) {
+        text.resize(rng() % 40);
+        for (char &c : text) c = alphabet[rng() % (sizeof alphabet - 1)];
+      } else {
+        text = same_classes(shapes[rng() % (sizeof shapes / sizeof shapes[0])]);
+      }
+      datetime_fields got, want;
+      std::memset(&got, 0x11, sizeof got);
+      std::memset(&want, 0, sizeof want);
+      sb4 code = 0;
+      const int r = qwz_char_to_datetime(U(text.c_str()), text.size(), U(format),
+                                         std::strlen(format), &got, 0, &code);
+      // The parser alone, on the same trimmed text.
+      std::size_t b = 0, e = text.size();
+      while (b < e && text[b] == ' ') ++b;
+      while (e > b && text[e - 1] == ' ') --e;
+      const std::string trimmed = text.substr(b, e - b);
+      const int expected = char_to_datetime(trimmed.c_str(), list, &want);
+      ASSERT_EQ(r, expected) << format << " / '" << text << "'";
+      ASSERT_EQ(std::memcmp(&got, &want, sizeof got), 0)
+          << format << " / '" << text << "' " << fields_of(got) << " vs " << fields_of(want);
+      replays += r;
+    }
+    qwz_free_token_list(list);
+  }
+  EXPECT_GT(replays, 1000);
 }
 
 TEST(CharToDatetime, ParsesAGivenTokenList) {

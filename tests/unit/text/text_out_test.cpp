@@ -254,6 +254,25 @@ TEST_F(QWZDateTimeToTextTest, FractionRules) {
   }
 }
 
+TEST_F(QWZDateTimeToTextTest, FractionTextOfEveryDigitCount) {
+  // The nanosecond count as written without leading zeros: FFn takes its
+  // first n characters, or its value padded to n digits when it is shorter.
+  for (ub4 v : {0u, 1u, 9u, 10u, 99u, 100u, 999u, 1000u, 9999u, 10000u, 99999u, 100000u, 999999u,
+                1000000u, 9999999u, 10000000u, 99999999u, 100000000u, 999999999u, 1000000000u,
+                4294967295u}) {
+    QWZDateTime *dt = make(DATETIME_KIND_TIMESTAMP, 2024, 5, 17, 10, 20, 30, v);
+    const std::string text = std::to_string(v);
+    for (int n = 1; n <= 5; ++n) {
+      const std::string f = "FF" + std::to_string(n);
+      const std::string expected = static_cast<int>(text.size()) < n
+                                       ? std::string(n - text.size(), '0') + text
+                                       : text.substr(0, n);
+      ASSERT_EQ(format(dt, f.c_str()), 0);
+      EXPECT_EQ(out_, expected) << v << " " << f;
+    }
+  }
+}
+
 TEST_F(QWZDateTimeToTextTest, ZonesAndNoStopAfterSeconds) {
   struct Case {
     ub4 type;

@@ -9,7 +9,10 @@
 // before TZH takes a '-' as its character).
 #include "text_test_util.h"
 
+#include <atomic>
 #include <random>
+#include <thread>
+#include <vector>
 #include <string>
 
 using namespace qwz_test;
@@ -140,6 +143,44 @@ TEST_F(TextRoundTrip, Datetimes) {
       ASSERT_STREQ(reinterpret_cast<char *>(again), reinterpret_cast<char *>(text));
     }
   }
+}
+
+TEST_F(TextRoundTrip, ConcurrentThreadsKeepTheirOwnFormats) {
+  // Each thread has its own error handle and format; the compiled formats
+  // and recorded parses are per thread, the keyword table shared.
+  const char *formats[] = {"YYYY-MM-DD HH24:MI:SS", "DD.MM.YYYY HH24:MI", "YYYYMMDDHH24MISS",
+                           "MM/DD/YYYY"};
+  std::atomic<int> failures{0};
+  std::vector<std::thread> threads;
+  for (int t = 0; t < 4; ++t) {
+    QWZError *err = nullptr;
+    ASSERT_EQ(QWZHandleAlloc(env_, reinterpret_cast<void **>(&err), QWZ_HTYPE_ERROR), 0);
+    threads.emplace_back([&, t, err] {
+      Gen gen;
+      gen.rng.seed(kSeed + static_cast<unsigned>(t));
+      const char *format = formats[t];
+      const char *other = formats[(t + 1) % 4];
+      for (int i = 0; i < 800; ++i) {
+        QWZDate d = gen.date(1, 9999);
+        if (t == 1) d.second = 0;
+        if (t == 3) d.hour = d.minute = d.second = 0;
+        for (const char *f : {format, other}) {
+          QWZtext text[64];
+          ub4 cap = 63;
+          const ub1 flen = static_cast<ub1>(std::strlen(f));
+          QWZDate back{};
+          if (QWZDateToText(err, &d, U(f), flen, nullptr, 0, &cap, text) != 0 ||
+              QWZDateFromText(err, text, static_cast<ub4>(std::strlen(reinterpret_cast<char *>(text))),
+                              U(f), flen, nullptr, 0, &back) != 0)
+            ++failures;
+          else if (f == format && !(back == d))
+            ++failures;
+        }
+      }
+    });
+  }
+  for (std::thread &th : threads) th.join();
+  EXPECT_EQ(failures.load(), 0);
 }
 
 TEST_F(TextRoundTrip, LeadingZeroFractionsDoNotComeBack) {

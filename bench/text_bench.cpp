@@ -1,0 +1,223 @@
+// Text conversions through the public frame, beside the C library's
+// strptime / strftime of the same shape, in UTC:
+//   dates      'YYYY-MM-DD HH24:MI:SS'      vs "%Y-%m-%d %H:%M:%S"
+//   datetimes  'YYYY-MM-DD HH24:MI:SS.FF3'  vs the same plus three digits
+// Each benchmark checks its result once before timing and reports, per
+// call, the heap allocations and clock reads it made (both should be 0).
+#include <qwz/qwz.h>
+
+#include <benchmark/benchmark.h>
+
+#include <atomic>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+
+// ---- counting allocations and clock reads in this program ------------------
+extern "C" void *__libc_malloc(size_t);
+extern "C" void *__libc_calloc(size_t, size_t);
+extern "C" void *__libc_realloc(void *, size_t);
+extern "C" void __libc_free(void *);
+
+namespace {
+std::atomic<long> g_allocs{0};
+std::atomic<long> g_clock_reads{0};
+}  // namespace
+
+extern "C" void *malloc(size_t n) {
+  g_allocs.fetch_add(1, std::memory_order_relaxed);
+  return __libc_malloc(n);
+}
+extern "C" void *calloc(size_t n, size_t m) {
+  g_allocs.fetch_add(1, std::memory_order_relaxed);
+  return __libc_calloc(n, m);
+}
+extern "C" void *realloc(void *p, size_t n) {
+  g_allocs.fetch_add(1, std::memory_order_relaxed);
+  return __libc_realloc(p, n);
+}
+extern "C" void free(void *p) { __libc_free(p); }
+extern "C" time_t time(time_t *t) {
+  g_clock_reads.fetch_add(1, std::memory_order_relaxed);
+  struct timespec ts;
+  clock_gettime(CLOCK_REALTIME, &ts);
+  if (t) *t = ts.tv_sec;
+  return ts.tv_sec;
+}
+
+namespace {
+
+struct Handles {
+  QWZEnv *env = nullptr;
+  QWZError *err = nullptr;
+  Handles() {
+    setenv("TZ", "UTC0", 1);
+    tzset();
+    QWZEnvCreate(&env, 0);
+    QWZHandleAlloc(env, reinterpret_cast<void **>(&err), QWZ_HTYPE_ERROR);
+  }
+  ~Handles() { QWZHandleFree(env, QWZ_HTYPE_ENV); }
+};
+
+// Snapshots the counters around the timed loop.
+struct Counted {
+  benchmark::State &state;
+  long allocs0 = g_allocs.load(), clock0 = g_clock_reads.load();
+  explicit Counted(benchmark::State &s) : state(s) {}
+  ~Counted() {
+    const double n = static_cast<double>(state.iterations());
+    state.counters["allocs/call"] = static_cast<double>(g_allocs.load() - allocs0) / n;
+    state.counters["clock/call"] = static_cast<double>(g_clock_reads.load() - clock0) / n;
+  }
+};
+
+const QWZtext *U(const char *s) { return reinterpret_cast<const QWZtext *>(s); }
+
+constexpr char kDateText[] = "2024-05-17 10:20:30";
+constexpr char kDateFormat[] = "YYYY-MM-DD HH24:MI:SS";
+constexpr char kTsText[] = "2024-05-17 10:20:30.123";
+constexpr char kTsFormat[] = "YYYY-MM-DD HH24:MI:SS.FF3";
+constexpr char kCFormat[] = "%Y-%m-%d %H:%M:%S";
+
+void BM_QWZDateFromText(benchmark::State &state) {
+  Handles h;
+  QWZDate d{};
+  if (QWZDateFromText(h.err, U(kDateText), 19, U(kDateFormat), 21, nullptr, 0, &d) != 0 ||
+      d.year != 2024 || d.month != 5 || d.day != 17 || d.hour != 10 || d.minute != 20 ||
+      d.second != 30)
+    state.SkipWithError("wrong result");
+  Counted c(state);
+  for (auto _ : state) {
+    QWZDateFromText(h.err, U(kDateText), 19, U(kDateFormat), 21, nullptr, 0, &d);
+    benchmark::DoNotOptimize(d);
+  }
+}
+BENCHMARK(BM_QWZDateFromText);
+
+void BM_Strptime(benchmark::State &state) {
+  Handles h;
+  struct tm t {};
+  if (!strptime(kDateText, kCFormat, &t) || t.tm_year != 124 || t.tm_sec != 30)
+    state.SkipWithError("wrong result");
+  Counted c(state);
+  for (auto _ : state) {
+    struct tm out {};
+    benchmark::DoNotOptimize(strptime(kDateText, kCFormat, &out));
+    benchmark::DoNotOptimize(out);
+  }
+}
+BENCHMARK(BM_Strptime);
+
+void BM_QWZDateToText(benchmark::State &state) {
+  Handles h;
+  const QWZDate d{2024, 5, 17, 10, 20, 30};
+  QWZtext buf[64] = {};
+  ub4 size = 63;
+  if (QWZDateToText(h.err, &d, U(kDateFormat), 21, nullptr, 0, &size, buf) != 0 ||
+      std::strcmp(reinterpret_cast<char *>(buf), kDateText) != 0)
+    state.SkipWithError("wrong result");
+  Counted c(state);
+  for (auto _ : state) {
+    QWZDateToText(h.err, &d, U(kDateFormat), 21, nullptr, 0, &size, buf);
+    benchmark::DoNotOptimize(buf);
+  }
+}
+BENCHMARK(BM_QWZDateToText);
+
+void BM_Strftime(benchmark::State &state) {
+  Handles h;
+  struct tm t {};
+  t.tm_year = 124; t.tm_mon = 4; t.tm_mday = 17; t.tm_hour = 10; t.tm_min = 20; t.tm_sec = 30;
+  char buf[64];
+  if (strftime(buf, sizeof buf, kCFormat, &t) != 19 || std::strcmp(buf, kDateText) != 0)
+    state.SkipWithError("wrong result");
+  Counted c(state);
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(strftime(buf, sizeof buf, kCFormat, &t));
+    benchmark::DoNotOptimize(buf);
+  }
+}
+BENCHMARK(BM_Strftime);
+
+void BM_QWZDateTimeFromText(benchmark::State &state) {
+  Handles h;
+  void *p = nullptr;
+  QWZDescriptorAlloc(h.env, &p, DATETIME_KIND_TIMESTAMP);
+  auto *dt = static_cast<QWZDateTime *>(p);
+  QWZText *text = const_cast<QWZText *>(U(kTsText));
+  QWZText *fmt = const_cast<QWZText *>(U(kTsFormat));
+  // Checked by writing it back with a format that shows every digit read.
+  QWZtext back[64] = {};
+  ub4 size = 63;
+  if (QWZDateTimeFromText(h.env, h.err, text, 23, fmt, 25, nullptr, 0, dt) != 0 ||
+      QWZDateTimeToText(h.env, h.err, dt, U("YYYY-MM-DD HH24:MI:SS.FF5"), 25, 0, nullptr, 0,
+                        &size, back) != 0 ||
+      std::strcmp(reinterpret_cast<char *>(back), "2024-05-17 10:20:30.12300") != 0)
+    state.SkipWithError("wrong result");
+  Counted c(state);
+  for (auto _ : state) {
+    QWZDateTimeFromText(h.env, h.err, text, 23, fmt, 25, nullptr, 0, dt);
+    benchmark::DoNotOptimize(dt);
+  }
+}
+BENCHMARK(BM_QWZDateTimeFromText);
+
+void BM_StrptimeFraction(benchmark::State &state) {
+  Handles h;
+  Counted c(state);
+  for (auto _ : state) {
+    struct tm out {};
+    const char *rest = strptime(kTsText, kCFormat, &out);
+    long ns = 0;
+    if (rest && rest[0] == '.')
+      ns = ((rest[1] - '0') * 100 + (rest[2] - '0') * 10 + (rest[3] - '0')) * 1000000L;
+    benchmark::DoNotOptimize(out);
+    benchmark::DoNotOptimize(ns);
+  }
+}
+BENCHMARK(BM_StrptimeFraction);
+
+void BM_QWZDateTimeToText(benchmark::State &state) {
+  Handles h;
+  void *p = nullptr;
+  QWZDescriptorAlloc(h.env, &p, DATETIME_KIND_TIMESTAMP);
+  auto *dt = static_cast<QWZDateTime *>(p);
+  QWZDateTimeFromText(h.env, h.err, const_cast<QWZText *>(U(kTsText)), 23,
+                      const_cast<QWZText *>(U(kTsFormat)), 25, nullptr, 0, dt);
+  QWZtext buf[64] = {};
+  ub4 size = 63;
+  if (QWZDateTimeToText(h.env, h.err, dt, U(kTsFormat), 25, 3, nullptr, 0, &size, buf) != 0 ||
+      std::strcmp(reinterpret_cast<char *>(buf), kTsText) != 0)
+    state.SkipWithError("wrong result");
+  Counted c(state);
+  for (auto _ : state) {
+    QWZDateTimeToText(h.env, h.err, dt, U(kTsFormat), 25, 3, nullptr, 0, &size, buf);
+    benchmark::DoNotOptimize(buf);
+  }
+}
+BENCHMARK(BM_QWZDateTimeToText);
+
+void BM_StrftimeFraction(benchmark::State &state) {
+  Handles h;
+  struct tm t {};
+  t.tm_year = 124; t.tm_mon = 4; t.tm_mday = 17; t.tm_hour = 10; t.tm_min = 20; t.tm_sec = 30;
+  const long ns = 123000000;
+  char buf[64];
+  Counted c(state);
+  for (auto _ : state) {
+    size_t n = strftime(buf, sizeof buf, kCFormat, &t);
+    const long ms = ns / 1000000;
+    buf[n++] = '.';
+    buf[n++] = static_cast<char>('0' + ms / 100);
+    buf[n++] = static_cast<char>('0' + ms / 10 % 10);
+    buf[n++] = static_cast<char>('0' + ms % 10);
+    buf[n] = '\0';
+    benchmark::DoNotOptimize(buf);
+  }
+}
+BENCHMARK(BM_StrftimeFraction);
+
+}  // namespace
+
+BENCHMARK_MAIN();
