@@ -482,6 +482,25 @@ TEST_F(DateTimeCompare, TraceRecordsAndNestedCalls) {
   }
 }
 
+// The operands are checked with the caller's context handle; the moves to
+// UTC run in the environment that owns them.
+TEST_F(DateTimeCompare, NestedCallsAndTheirContextHandles) {
+  ZoneGuard z(kUtc);
+  QWZDateTime *za = make(DATETIME_KIND_TIME_TZ, 0, 0, 0, 10, 0, 0, 0, "+01:00");
+  QWZDateTime *zb = make(DATETIME_KIND_TIME_TZ, 0, 0, 0, 9, 0, 0, 0, "+00:00");
+  sword r = 99;
+  PlannedTrace t;
+  ASSERT_EQ(QWZDateTimeCompare(session_, err_, za, zb, &r), 0);
+  EXPECT_EQ(r, 0);
+  const std::string in_session = "\n\tvoid*     \t" + hex12(session_) + "\n";
+  const std::string in_env = "\n\tvoid*     \t" + hex12(env_) + "\n";
+  ASSERT_EQ(t.records().size(), 21u);
+  for (std::size_t i = 0; i < t.records().size(); ++i) {
+    SCOPED_TRACE(t.records()[i].text);
+    EXPECT_NE(t.records()[i].text.find(i < 5 ? in_session : in_env), std::string::npos);
+  }
+}
+
 TEST_F(DateTimeCompare, SuccessClearsTheErrorHandle) {
   ZoneGuard z(kUtc);
   QWZDateTime *a = make(TZ, 2020, 1, 1, 0, 0, 0, 0, "+00:00");

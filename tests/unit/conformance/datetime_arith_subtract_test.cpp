@@ -307,4 +307,23 @@ TEST_F(DateTimeSubtract, TraceRecords) {
   }
 }
 
+// The moves to UTC run in the environment that owns the operands; the
+// caller's context handle goes to the interval check.
+TEST_F(DateTimeSubtract, NestedCallsAndTheirContextHandles) {
+  ZoneGuard z(kUtc);
+  QWZDateTime *za = make(TZ, 2020, 1, 2, 0, 0, 0, 0, "+01:00");
+  QWZDateTime *zb = make(TZ, 2020, 1, 1, 0, 0, 0, 0, "+00:00");
+  QWZInterval *d = ds(0, 0, 0, 0, 0);
+  PlannedTrace t;
+  ASSERT_EQ(QWZDateTimeSubtract(session_, err_, za, zb, d), 0);
+  const std::string in_session = "\n\tvoid*     \t" + hex12(session_) + "\n";
+  const std::string in_env = "\n\tvoid*     \t" + hex12(env_) + "\n";
+  for (const HookRecord &r : t.records()) {
+    SCOPED_TRACE(r.text);
+    const bool caller = r.api_id == 141 || r.api_id == 154;
+    EXPECT_NE(r.text.find(caller ? in_session : in_env), std::string::npos);
+  }
+  EXPECT_EQ(t.records().size(), 20u);
+}
+
 }  // namespace
