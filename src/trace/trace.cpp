@@ -86,18 +86,18 @@ std::string qwz_trace_format_row(ub4 api_id, const unsigned long *words, std::si
     if (*p != '%') { out.push_back(*p++); continue; }
     if (p[1] == '%') { out.push_back('%'); p += 2; continue; }
     // One conversion: flags, width, length modifiers and the letter.
-    char spec[16];
+    char directive[16];
     std::size_t k = 0;
-    spec[k++] = *p++;
-    while (*p && std::strchr("0123456789-+ #.lhz", *p) && k < sizeof spec - 2) spec[k++] = *p++;
+    directive[k++] = *p++;
+    while (*p && std::strchr("0123456789-+ #.lhz", *p) && k < sizeof directive - 2) directive[k++] = *p++;
     const char conv = *p ? *p++ : 'd';
-    spec[k++] = conv;
-    spec[k] = '\0';
+    directive[k++] = conv;
+    directive[k] = '\0';
     const unsigned long w = next < nwords ? words[next] : 0;
     ++next;
     char buf[64];
-    const bool is_long = std::strchr(spec, 'l') != nullptr;
-    const bool is_size = std::strchr(spec, 'z') != nullptr;
+    const bool is_long = std::strchr(directive, 'l') != nullptr;
+    const bool is_size = std::strchr(directive, 'z') != nullptr;
     switch (conv) {
       case 's': {
         const char *s = reinterpret_cast<const char *>(w);
@@ -105,14 +105,14 @@ std::string qwz_trace_format_row(ub4 api_id, const unsigned long *words, std::si
         continue;
       }
       case 'd': case 'i':
-        if (is_long) std::snprintf(buf, sizeof buf, spec, static_cast<long>(w));
-        else if (is_size) std::snprintf(buf, sizeof buf, spec, static_cast<long>(w));
-        else std::snprintf(buf, sizeof buf, spec, static_cast<int>(w));
+        if (is_long) std::snprintf(buf, sizeof buf, directive, static_cast<long>(w));
+        else if (is_size) std::snprintf(buf, sizeof buf, directive, static_cast<long>(w));
+        else std::snprintf(buf, sizeof buf, directive, static_cast<int>(w));
         break;
       default:  // u, x, X, o
-        if (is_long) std::snprintf(buf, sizeof buf, spec, w);
-        else if (is_size) std::snprintf(buf, sizeof buf, spec, static_cast<std::size_t>(w));
-        else std::snprintf(buf, sizeof buf, spec, static_cast<unsigned>(w));
+        if (is_long) std::snprintf(buf, sizeof buf, directive, w);
+        else if (is_size) std::snprintf(buf, sizeof buf, directive, static_cast<std::size_t>(w));
+        else std::snprintf(buf, sizeof buf, directive, static_cast<unsigned>(w));
         break;
     }
     out += buf;
