@@ -211,6 +211,29 @@ TEST_F(DateTrace, ZoneToZone) {
                              line("QWZDate*", hex12(&b)));
 }
 
+// Text arguments are handed to the trace as the pointers they are and print
+// as "%s" up to their NUL, whatever length goes with them.
+TEST_F(DateTrace, TextsAreTracedAsTheyAre) {
+  ZoneGuard z(kUtc);
+  const QWZDate d = D(2024, 1, 1);
+  QWZDate out;
+  ASSERT_EQ(QWZDateNextDay(err_, &d, W("Wednesday"), 6, &out), QWZ_SUCCESS);
+  EXPECT_EQ(out, D(2024, 1, 3));
+  expect_pair(136, "<QWZDateNextDay>" + line("QWZError*", hex12(err_)) +
+                       line("const QWZDate*", hex12(&d)) + line("const QWZtext*", "Wednesday") +
+                       line("ub4", "6") + line("QWZDate*", hex12(&out)),
+              0);
+  cap_.records().clear();
+  QWZDate a = D(2024, 1, 1), b = D(2024, 1, 2);
+  QWZText z1[] = "UTC", z2[] = "Europe/Paris";
+  ASSERT_EQ(QWZDateZoneToZone(err_, &a, z1, 0, z2, 3, &b), QWZ_SUCCESS);
+  expect_pair(185, "<QWZDateZoneToZone>" + line("QWZError*", hex12(err_)) +
+                       line("QWZDate*", hex12(&a)) + line("QWZText*", "UTC") + line("ub4", "0") +
+                       line("QWZText*", "Europe/Paris") + line("ub4", "3") +
+                       line("QWZDate*", hex12(&b)),
+              0);
+}
+
 // Every date function, run through the frame's rules.
 struct DateCall {
   const char *name;
