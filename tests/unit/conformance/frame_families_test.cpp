@@ -493,3 +493,83 @@ TEST_F(FrameFamilies, TracingOffNeverCallsTheHook) {
 }
 
 }  // namespace
+
+namespace {
+
+// Parameter checks in argument order, one fault at a time and with two
+// faults at once (the earlier parameter wins).
+TEST_F(FrameFamilies, ParameterChecksInOrder) {
+  const QWZDate in = {2024, 2, 29, 10, 0, 0};
+  QWZDate out{};
+  QWZtext buf[64] = {};
+  ub4 size = sizeof buf;
+  size_t len = 0;
+  const char *dfmt = "YYYY-MM-DD";
+  const char *tfmt = "YYYY-MM-DD HH24:MI:SS";
+  const char *text = "2024-02-29 01:02:03";
+  ub4 valid = 0;
+  sword cmp = 0;
+  struct Case {
+    const char *what;
+    std::function<sword()> run;
+    Refusal expected;
+  };
+  const Case cases[] = {
+      // QWZDateToText: date 2, format 3, buffer_size 7, buffer 8.
+      {"DateToText date", [&] { return QWZDateToText(err_, nullptr, T(dfmt), 10, nullptr, 0, &size, buf); }, setter_null(2)},
+      {"DateToText format", [&] { return QWZDateToText(err_, &in, nullptr, 10, nullptr, 0, &size, buf); }, setter_null(3)},
+      {"DateToText size", [&] { return QWZDateToText(err_, &in, T(dfmt), 10, nullptr, 0, nullptr, buf); }, setter_null(7)},
+      {"DateToText buffer", [&] { return QWZDateToText(err_, &in, T(dfmt), 10, nullptr, 0, &size, nullptr); }, setter_null(8)},
+      {"DateToText all", [&] { return QWZDateToText(err_, nullptr, nullptr, 10, nullptr, 0, nullptr, nullptr); }, setter_null(2)},
+      {"DateToText size+buffer", [&] { return QWZDateToText(err_, &in, T(dfmt), 10, nullptr, 0, nullptr, nullptr); }, setter_null(7)},
+      // QWZDateFromText: text 2, then date 8, then format 4.
+      {"DateFromText text", [&] { return QWZDateFromText(err_, nullptr, 10, T(dfmt), 10, nullptr, 0, &out); }, setter_null(2)},
+      {"DateFromText date", [&] { return QWZDateFromText(err_, T("2024-02-29"), 10, T(dfmt), 10, nullptr, 0, nullptr); }, setter_null(8)},
+      {"DateFromText format", [&] { return QWZDateFromText(err_, T("2024-02-29"), 10, nullptr, 10, nullptr, 0, &out); }, setter_null(4)},
+      {"DateFromText date+format", [&] { return QWZDateFromText(err_, T("2024-02-29"), 10, nullptr, 10, nullptr, 0, nullptr); }, setter_null(8)},
+      // QWZDateTimeToText: descriptor 3 (validator's value), format 4, size 9, buffer 10.
+      {"DateTimeToText descriptor", [&] { return QWZDateTimeToText(env_, err_, nullptr, nullptr, 0, 0, nullptr, 0, nullptr, nullptr); },
+       {QWZ_INVALID_HANDLE, 21560, "21560", null_param(3)}},
+      {"DateTimeToText format", [&] { return QWZDateTimeToText(env_, err_, ts_a_, nullptr, 0, 0, nullptr, 0, nullptr, nullptr); }, setter_null(4)},
+      {"DateTimeToText size", [&] { return QWZDateTimeToText(env_, err_, ts_a_, T(tfmt), len1(tfmt), 0, nullptr, 0, nullptr, nullptr); }, setter_null(9)},
+      {"DateTimeToText buffer", [&] { return QWZDateTimeToText(env_, err_, ts_a_, T(tfmt), len1(tfmt), 0, nullptr, 0, &size, nullptr); }, setter_null(10)},
+      {"DateTimeToText context first", [&] { return QWZDateTimeToText(nullptr, err_, nullptr, nullptr, 0, 0, nullptr, 0, nullptr, nullptr); }, kInvalidHandle},
+      // QWZDateTimeFromText: descriptor 3, text 4, format 4.
+      {"DateTimeFromText descriptor", [&] { return QWZDateTimeFromText(env_, err_, nullptr, 0, nullptr, 0, nullptr, 0, nullptr); },
+       {QWZ_INVALID_HANDLE, 21560, "21560", null_param(3)}},
+      {"DateTimeFromText text", [&] { return QWZDateTimeFromText(env_, err_, nullptr, 5, T(tfmt), len1(tfmt), nullptr, 0, ts_c_); }, setter_null(4)},
+      {"DateTimeFromText format", [&] { return QWZDateTimeFromText(env_, err_, T(text), std::strlen(text), nullptr, 0, nullptr, 0, ts_c_); }, setter_null(4)},
+      // QWZIntervalToText: buffer 6, resultlen 8.
+      {"IntervalToText buffer", [&] { return QWZIntervalToText(env_, err_, ds_a_, 2, 5, nullptr, sizeof buf, nullptr); }, setter_null(6)},
+      {"IntervalToText resultlen", [&] { buf[0] = 0; return QWZIntervalToText(env_, err_, ds_a_, 2, 5, buf, sizeof buf, nullptr); }, setter_null(8)},
+      {"IntervalToText descriptor", [&] { return QWZIntervalToText(env_, err_, nullptr, 2, 5, nullptr, sizeof buf, &len); }, kInvalidHandle},
+      // Datetime descriptors reported through the datetime setter.
+      {"DateTimeCheck descriptor", [&] { return QWZDateTimeCheck(env_, err_, nullptr, nullptr); },
+       {QWZ_INVALID_HANDLE, 21560, "21560", null_param(3)}},
+      {"DateTimeCheck valid", [&] { return QWZDateTimeCheck(env_, err_, ts_a_, nullptr); }, setter_null(4)},
+      {"DateTimeCompare date1", [&] { return QWZDateTimeCompare(env_, err_, reinterpret_cast<QWZDateTime *>(ym_a_), nullptr, nullptr); },
+       {QWZ_INVALID_HANDLE, 21560, "21560", null_param(3)}},
+      {"DateTimeCompare date2", [&] { return QWZDateTimeCompare(env_, err_, ts_a_, reinterpret_cast<QWZDateTime *>(ym_a_), nullptr); },
+       {QWZ_INVALID_HANDLE, 21560, "21560", null_param(4)}},
+      {"DateTimeToArray descriptor", [&] { return QWZDateTimeToArray(env_, err_, nullptr, nullptr, nullptr, nullptr, 0); },
+       {QWZ_INVALID_HANDLE, 21560, "21560", null_param(3)}},
+      {"DateTimeToArray outarray", [&] { return QWZDateTimeToArray(env_, err_, ts_a_, nullptr, nullptr, nullptr, 0); }, setter_null(5)},
+      {"IntervalCheck valid", [&] { return QWZIntervalCheck(env_, err_, ym_a_, nullptr); }, setter_null(4)},
+      {"IntervalCheck descriptor", [&] { return QWZIntervalCheck(env_, err_, reinterpret_cast<QWZInterval *>(ts_a_), &valid); }, kInvalidHandle},
+      {"IntervalCompare descriptor", [&] { return QWZIntervalCompare(env_, err_, ym_a_, nullptr, &cmp); }, kInvalidHandle},
+  };
+  for (const Case &c : cases) {
+    SCOPED_TRACE(c.what);
+    leave_a_diagnostic();
+    TraceCapture cap;
+    EXPECT_EQ(c.run(), c.expected.status);
+    expect_diag(c.expected.number, c.expected.state, c.expected.message);
+    ASSERT_EQ(cap.records().size(), 1u);
+    EXPECT_EQ(cap.records()[0].direction, 1u);
+  }
+  EXPECT_EQ(buf[0], 0);
+  EXPECT_EQ(cmp, 0);
+  EXPECT_EQ(valid, 0u);
+}
+
+}  // namespace
