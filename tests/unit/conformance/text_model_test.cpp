@@ -273,6 +273,25 @@ TEST_F(TextModel, OneTextUnderManyFormats) {
       for (const char *f : formats) check_from(t, f, clock);
 }
 
+// Every byte value at every position of texts of two and three words.
+TEST_F(TextModel, EveryByteAtEveryPosition) {
+  ZoneGuard z(kUtc);
+  const Clock clock = clock_now();
+  const char *const bases[][2] = {{"2024-05-17 10:20", "YYYY-MM-DD HH24:MI"},
+                                  {"2024-05-17 10:20:30.123  x", "YYYY-MM-DD HH24:MI:SS.FF3"}};
+  for (const auto &b : bases) {
+    const std::string base = b[0];
+    for (std::size_t pos = 0; pos < base.size(); ++pos) {
+      for (int v = 1; v < 256; ++v) {
+        std::string text = base;
+        text[pos] = static_cast<char>(v);
+        check_from(text, b[1], clock);
+        if (HasFailure()) return;
+      }
+    }
+  }
+}
+
 // Several threads, each with its own formats and shapes, interleaved.
 TEST(TextModelThreads, ConcurrentParsesAgreeWithTheModel) {
   ZoneGuard z(kUtc);
