@@ -181,6 +181,23 @@ TEST_F(KeywordConf, Literals) {
   }
 }
 
+// A letter alone is a keyword (refused) when one of D, E, I, J, Q, W, X
+// and Y; any other is a literal letter. Writing a date tells them apart.
+TEST_F(KeywordConf, SingleLetters) {
+  const QWZDate date = make_date(2024, 5, 17, 10, 20, 30);
+  const std::string keywords = "DEIJQWXY";
+  for (char c = 'A'; c <= 'Z'; ++c) {
+    for (const char l : {c, static_cast<char>(c + 32)}) {
+      const std::string fmt = std::string("YYYY ") + l;
+      SCOPED_TRACE(fmt);
+      std::string out;
+      EXPECT_EQ(date_to(date, fmt, out), QWZ_ERROR);
+      EXPECT_EQ(diag_seen(),
+                keywords.find(c) != std::string::npos ? format_string() : format_or_date());
+    }
+  }
+}
+
 // Repeats: each keyword once, and one fraction keyword at most; HH, HH12
 // and HH24 are different keywords.
 TEST_F(KeywordConf, Repeats) {
