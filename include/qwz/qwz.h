@@ -75,6 +75,23 @@ typedef unsigned char QWZtext;
 #define DATE_INVALID_MINUTE 0x100u
 #define DATE_INVALID_SECOND 0x400u
 #define DATE_YEAR_ZERO 0x2000u
+/* QWZDateTimeCheck also reports the zone of types 67 and 69: */
+#define DATETIME_INVALID_TZ_HOUR 0x10000u   /* tz_hour above 14 or below -12 */
+#define DATETIME_INVALID_TZ_MINUTE 0x40000u /* tz_minute above 59 or below -59 */
+
+/* ---- validity flags (QWZIntervalCheck); the leading field is never checked */
+#define INTERVAL_INVALID_MONTH 0x4u      /* month outside -11..11 */
+#define INTERVAL_INVALID_HOUR 0x40u      /* hour outside -23..23 */
+#define INTERVAL_INVALID_MINUTE 0x100u   /* minute outside -59..59 */
+#define INTERVAL_INVALID_SECOND 0x400u   /* second outside -59..59 */
+#define INTERVAL_INVALID_FRACTION 0x1000u /* fraction outside -99999..99999 */
+
+/* ---- packed datetime array classes (QWZDateTimeFromArray's type) --------- */
+#define DATETIME_CLASS_DATE 184
+#define DATETIME_CLASS_TIME 185
+#define DATETIME_CLASS_TIME_TZ 186
+#define DATETIME_CLASS_TIMESTAMP 187
+#define DATETIME_CLASS_TIMESTAMP_TZ 188
 
 /* ---- values ----------------------------------------------------------------
  * QWZDate: a caller-owned calendar date with a time of day to the second;

@@ -17,11 +17,8 @@
 
 #include "handles/handles.h"
 
-inline constexpr ub1 DATETIME_CLASS_DATE = 184;
-inline constexpr ub1 DATETIME_CLASS_TIME = 185;
-inline constexpr ub1 DATETIME_CLASS_TIME_TZ = 186;
-inline constexpr ub1 DATETIME_CLASS_TIMESTAMP = 187;
-inline constexpr ub1 DATETIME_CLASS_TIMESTAMP_TZ = 188;
+// The class codes (DATETIME_CLASS_DATE 184 .. DATETIME_CLASS_TIMESTAMP_TZ 188)
+// are in qwz.h.
 
 // Bytes QWZDateTimeToArray writes: seven value bytes and a terminating 0.
 inline constexpr ub4 QWZ_DATETIME_ARRAY_OUT_BYTES = 8;

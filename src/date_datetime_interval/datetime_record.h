@@ -6,9 +6,7 @@
 
 #include "handles/handles.h"
 
-// Zone flags of QWZDateTimeCheck, beside the date flags of qwz.h.
-inline constexpr ub4 DATETIME_INVALID_TZ_HOUR = 0x10000u;
-inline constexpr ub4 DATETIME_INVALID_TZ_MINUTE = 0x40000u;
+// The zone flags of QWZDateTimeCheck (DATETIME_INVALID_TZ_*) are in qwz.h.
 
 namespace qwz {
 

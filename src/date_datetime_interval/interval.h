@@ -13,13 +13,7 @@
 
 #include <cstdint>
 
-// Flags of QWZIntervalCheck (0 means valid). The leading field (year, day)
-// is never checked.
-inline constexpr ub4 INTERVAL_INVALID_MONTH = 0x4u;
-inline constexpr ub4 INTERVAL_INVALID_HOUR = 0x40u;
-inline constexpr ub4 INTERVAL_INVALID_MINUTE = 0x100u;
-inline constexpr ub4 INTERVAL_INVALID_SECOND = 0x400u;
-inline constexpr ub4 INTERVAL_INVALID_FRACTION = 0x1000u;
+// Flags of QWZIntervalCheck (0 means valid): INTERVAL_INVALID_* in qwz.h.
 
 // Units of the normal form.
 inline constexpr std::int64_t QWZ_MONTHS_PER_YEAR = 12;
