@@ -3,9 +3,24 @@
 #   tools/run-tests.sh             optimised build with assertions (build/test)
 #   tools/run-tests.sh --sanitize  AddressSanitizer + UndefinedBehaviorSanitizer,
 #                                  leak detection on (build/asan)
+#   tools/run-tests.sh --threads   the test files that run threads, under
+#                                  ThreadSanitizer (build/tsan)
 set -euo pipefail
 cd "$(dirname "$0")/.."
 bash tools/setup-deps.sh
+if [ "${1:-}" = "--threads" ]; then
+  cmake --preset tsan
+  targets=$(grep -rl 'std::thread' tests/unit --include='*_test.cpp' |
+            sed -E 's#tests/unit/([^/]+)/([^/]+)\.cpp#\1_\2#' | sort)
+  # shellcheck disable=SC2086
+  cmake --build build/tsan -j"$(nproc)" --target $targets
+  for t in $targets; do
+    echo "== $t"
+    TSAN_OPTIONS=halt_on_error=1:second_deadlock_stack=1 "build/tsan/tests/$t" --gtest_brief=1
+  done
+  echo "thread tests passed under ThreadSanitizer"
+  exit 0
+fi
 if [ "${1:-}" = "--sanitize" ]; then
   dir=build/asan
   cmake -S . -B "$dir" -DCMAKE_BUILD_TYPE=Debug -DQWZ_SANITIZE=ON -DQWZ_BUILD_TESTS=ON

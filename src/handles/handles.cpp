@@ -148,7 +148,6 @@ void *owned_alloc(QWZEnv *env, ub4 type) {
     env->owned_head = hdr;
   }
   if (is_descriptor_type(type)) g_live_descriptors.fetch_add(1, std::memory_order_relaxed);
-  std::atomic_thread_fence(std::memory_order_release);
   hdr->live = QWZ_LIVE_MARK;
   return mem;
 }
@@ -200,7 +199,6 @@ QWZ_API sword QWZEnvCreate(QWZEnv **envhpp, ub4 mode) {
   env->hdr.type = QWZ_HTYPE_ENV;
   env->hdr.env = env;
   env->owned_head = nullptr;
-  std::atomic_thread_fence(std::memory_order_release);
   env->hdr.live = QWZ_LIVE_MARK;
   *envhpp = env;
   return QWZ_SUCCESS;
