@@ -16,7 +16,6 @@ using qwz::refuse;
 constexpr ub4 API_DATETIME_TO_ARRAY = 178;
 constexpr ub4 API_DATETIME_FROM_ARRAY = 180;
 
-constexpr sb4 kDescriptorDetail = 8;  // detail of a failed descriptor or input pointer
 constexpr sb4 kOutputDetail = 2;      // detail of a NULL output pointer
 
 constexpr char kClassInvalid[] = "the datetime class is invalid.";
@@ -117,12 +116,9 @@ QWZ_API sword QWZDateTimeFromArray(void *hndl, QWZError *errhp, ub1 *inarray, ub
       API_DATETIME_FROM_ARRAY, errhp,
       [&]() -> Outcome {
         if (const sword r = qwz::check_context(errhp, hndl)) return refuse(r);
-        if (const sword r = qwz_validate_datetime_handle(datetime)) {
-          datetime_error(errhp, KIND_NULL_PARAM, kDescriptorDetail, 3);
-          return refuse(r);
-        }
+        if (const sword r = qwz::check_datetime_param(errhp, datetime, 3)) return refuse(r);
         if (const sword r = qwz::check_interval(errhp, reftz)) return refuse(r);
-        if (!inarray) return datetime_error(errhp, KIND_NULL_PARAM, kDescriptorDetail, 4);
+        if (!inarray) return datetime_error(errhp, KIND_NULL_PARAM, qwz::kDatetimeParamDetail, 4);
         if (!find_layout(type)) return qwz::front_end_error(errhp, kClassInvalid, kClassInvalidNumber);
         qwz_datetime_from_array(inarray, type, datetime, fsprec);
         // Checked by the descriptor's own type; an invalid value stays written.
@@ -149,10 +145,7 @@ QWZ_API sword QWZDateTimeToArray(void *hndl, QWZError *errhp, QWZDateTime *datet
       API_DATETIME_TO_ARRAY, errhp,
       [&]() -> Outcome {
         if (const sword r = qwz::check_context(errhp, hndl)) return refuse(r);
-        if (const sword r = qwz_validate_datetime_handle(datetime)) {
-          datetime_error(errhp, KIND_NULL_PARAM, kDescriptorDetail, 3);
-          return refuse(r);
-        }
+        if (const sword r = qwz::check_datetime_param(errhp, datetime, 3)) return refuse(r);
         if (!outarray) return datetime_error(errhp, KIND_NULL_PARAM, kOutputDetail, 5);
         if (!len) return datetime_error(errhp, KIND_NULL_PARAM, kOutputDetail, 9);
         const int year = datetime->year;

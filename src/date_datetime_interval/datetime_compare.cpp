@@ -130,14 +130,8 @@ QWZ_API sword QWZDateTimeCompare(void *hndl, QWZError *errhp, const QWZDateTime 
       API_DATETIME_COMPARE, errhp,
       [&]() -> Outcome {
         if (const sword r = qwz::check_context(errhp, hndl)) return refuse(r);
-        if (const sword r = qwz_validate_datetime_handle(date1)) {
-          qwz::datetime_error(errhp, KIND_NULL_PARAM, 8, 3);
-          return refuse(r);
-        }
-        if (const sword r = qwz_validate_datetime_handle(date2)) {
-          qwz::datetime_error(errhp, KIND_NULL_PARAM, 8, 4);
-          return refuse(r);
-        }
+        if (const sword r = qwz::check_datetime_param(errhp, date1, 3)) return refuse(r);
+        if (const sword r = qwz::check_datetime_param(errhp, date2, 4)) return refuse(r);
         if (!result) return qwz::datetime_error(errhp, KIND_NULL_PARAM, 3, 5);
         const QWZDateTime *operands[2] = {date1, date2};
         for (ub2 i = 0; i < 2; ++i) {

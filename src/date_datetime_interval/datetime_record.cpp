@@ -51,10 +51,7 @@ QWZ_API sword QWZDateTimeCheck(void *hndl, QWZError *errhp, const QWZDateTime *d
       API_DATETIME_CHECK, errhp,
       [&]() -> Outcome {
         if (const sword r = qwz::check_context(errhp, hndl)) return refuse(r);
-        if (const sword r = qwz_validate_datetime_handle(date)) {
-          datetime_error(errhp, KIND_NULL_PARAM, 8, 3);
-          return refuse(r);
-        }
+        if (const sword r = qwz::check_datetime_param(errhp, date, 3)) return refuse(r);
         if (!valid) return datetime_error(errhp, KIND_NULL_PARAM, 2, 4);
         // An invalid value is reported through the flags only.
         *valid = qwz::datetime_flags(date);
@@ -71,10 +68,7 @@ QWZ_API sword QWZDateTimeAssign(void *hndl, QWZError *errhp, const QWZDateTime *
         if (const sword r = qwz::check_context(errhp, hndl)) return refuse(r);
         // Either descriptor failing prints parameter 4.
         for (const void *d : {static_cast<const void *>(from), static_cast<const void *>(to)})
-          if (const sword r = qwz_validate_datetime_handle(d)) {
-            datetime_error(errhp, KIND_NULL_PARAM, 2, 4);
-            return refuse(r);
-          }
+          if (const sword r = qwz::check_datetime_param(errhp, d, 4, 2)) return refuse(r);
         if (from->hdr.type != to->hdr.type) return datetime_error(errhp, KIND_TYPE_DIFF, 3, 4);
         ub4 flags = 0;
         if (const sword r = QWZDateTimeCheck(hndl, errhp, from, &flags)) return refuse(r);

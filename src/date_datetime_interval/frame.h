@@ -107,6 +107,17 @@ inline sword check_datetime(QWZError *errhp, const void *d) {
   if (r != 0) _QWZSetFrontEndErrorHandle(errhp, kInvalidHandleText, kInvalidHandleNumber);
   return r;
 }
+// A datetime descriptor that several functions refuse through the datetime
+// setter's NULL-parameter message (printed with param_no) rather than with
+// "Invalid handle.": 0, or the validator's result. Detail 8 is the one those
+// functions pass; QWZDateTimeAssign passes 2.
+inline constexpr sb4 kDatetimeParamDetail = 8;
+inline sword check_datetime_param(QWZError *errhp, const void *d, ub2 param_no,
+                                  sb4 detail = kDatetimeParamDetail) {
+  const sword r = qwz_validate_datetime_handle(d);
+  if (r != 0) _QWZSetDateTimeErrorMsg(ERRSRC_DRIVER, KIND_NULL_PARAM, detail, param_no, errhp, "");
+  return r;
+}
 inline sword check_interval(QWZError *errhp, const void *d) {
   const sword r = qwz_validate_interval_handle(d);
   if (r != 0) _QWZSetFrontEndErrorHandle(errhp, kInvalidHandleText, kInvalidHandleNumber);

@@ -25,7 +25,6 @@ constexpr ub4 API_DATE_FROM_TEXT = 134;
 constexpr ub4 API_DATETIME_FROM_TEXT = 179;
 
 constexpr sb4 kDateInputPtr = 1;     // detail of the date family's NULL checks
-constexpr sb4 kDateTimeInputPtr = 8; // detail of the datetime family's NULL checks
 
 constexpr sb4 kDateFormatNotRecognized = 800153;
 constexpr const char kDateFormatNotRecognizedText[] = "date format not recognized.";
@@ -513,13 +512,10 @@ QWZ_API sword QWZDateTimeFromText(void *hndl, QWZError *errhp, QWZText *date_str
       API_DATETIME_FROM_TEXT, errhp,
       [&]() -> Outcome {
         if (const sword r = qwz::check_context(errhp, hndl)) return refuse(r);
-        if (const sword r = qwz_validate_datetime_handle(datetime)) {
-          datetime_error(errhp, KIND_NULL_PARAM, kDateTimeInputPtr, 3);
-          return refuse(r);
-        }
-        if (!date_str) return datetime_error(errhp, KIND_NULL_PARAM, kDateTimeInputPtr, 4);
+        if (const sword r = qwz::check_datetime_param(errhp, datetime, 3)) return refuse(r);
+        if (!date_str) return datetime_error(errhp, KIND_NULL_PARAM, qwz::kDatetimeParamDetail, 4);
         // The format's NULL message prints 4 as well.
-        if (!fmt) return datetime_error(errhp, KIND_NULL_PARAM, kDateTimeInputPtr, 4);
+        if (!fmt) return datetime_error(errhp, KIND_NULL_PARAM, qwz::kDatetimeParamDetail, 4);
         if (dstr_length == SIZE_MAX)
           return qwz::front_end_error(errhp, kStringTooLongText, kStringTooLong);
         const std::size_t text_len = text_length_of(date_str, dstr_length);

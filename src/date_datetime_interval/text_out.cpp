@@ -24,7 +24,6 @@ constexpr ub4 API_DATE_TO_TEXT = 138;
 constexpr ub4 API_DATETIME_TO_TEXT = 149;
 
 constexpr sb4 kDateInputPtr = 1;
-constexpr sb4 kDateTimeInputPtr = 8;
 
 // The record with eight bytes of zeros behind it, so a slot (or the
 // formatter's piece) can always be moved as one 8-byte word.
@@ -310,13 +309,10 @@ QWZ_API sword QWZDateTimeToText(void *hndl, QWZError *errhp, const QWZDateTime *
       API_DATETIME_TO_TEXT, errhp,
       [&]() -> Outcome {
         if (const sword r = qwz::check_context(errhp, hndl)) return refuse(r);
-        if (const sword r = qwz_validate_datetime_handle(date)) {
-          datetime_error(errhp, KIND_NULL_PARAM, kDateTimeInputPtr, 3);
-          return refuse(r);
-        }
-        if (!fmt) return datetime_error(errhp, KIND_NULL_PARAM, kDateTimeInputPtr, 4);
-        if (!buf_size) return datetime_error(errhp, KIND_NULL_PARAM, kDateTimeInputPtr, 9);
-        if (!buf) return datetime_error(errhp, KIND_NULL_PARAM, kDateTimeInputPtr, 10);
+        if (const sword r = qwz::check_datetime_param(errhp, date, 3)) return refuse(r);
+        if (!fmt) return datetime_error(errhp, KIND_NULL_PARAM, qwz::kDatetimeParamDetail, 4);
+        if (!buf_size) return datetime_error(errhp, KIND_NULL_PARAM, qwz::kDatetimeParamDetail, 9);
+        if (!buf) return datetime_error(errhp, KIND_NULL_PARAM, qwz::kDatetimeParamDetail, 10);
         ub4 valid = 0;
         // A failing check call (its own trace refusing it) ends the call
         // with its status, through the exit trace.
