@@ -174,6 +174,21 @@ QWZ_API sword QWZNumberFromReal(QWZError *errhp, const void *rnum, uword rnum_le
 QWZ_API sword QWZNumberToReal(QWZError *errhp, const QWZNumber *number, uword rsl_length,
                               void *rsl);
 
+/* ---- how the text functions read texts and write buffers -----------------
+ * QWZDateFromText, QWZDateTimeFromText, QWZDateToText, QWZDateTimeToText and
+ * the zone text of QWZDateTimeConstruct read each text and format UP TO ITS
+ * NUL TERMINATOR, whatever length is given: the text is trimmed of leading
+ * and trailing blanks (' ' only), then cut at the given length (and at 255
+ * characters). Texts and formats must therefore be NUL-terminated, and the
+ * length counts from the first non-blank character:
+ *   ("  2024-05-17", 10) under ("YYYY-MM-DD", 10) reads 2024-05-17;
+ *   the format ("  YYYY-MM-DD", 4) writes "2024";
+ *   the zone text ("  -05:30", 3) reads -5 hours 0 minutes.
+ * A format longer than 127 characters is refused whatever its given length.
+ * QWZDateToText and QWZDateTimeToText accept *buf_size equal to the text's
+ * length and then copy the text WITH its terminator: the buffer must have
+ * room for *buf_size + 1 bytes. *buf_size is not updated. */
+
 /* ---- the date family ------------------------------------------------------
  * Every date function validates its error handle, reports a NULL pointer as
  * "parameter N is NULL" (21560) and an invalid input date as "date format is
@@ -193,6 +208,8 @@ QWZ_API sword QWZDateCompare(QWZError *errhp, const QWZDate *date1, const QWZDat
 /* *num_days = whole days from date2 to date1, times of day ignored. */
 QWZ_API sword QWZDateDaysBetween(QWZError *errhp, const QWZDate *date1, const QWZDate *date2,
                                  sb4 *num_days);
+/* Reads *date from date_str under the format model fmt (both NUL-terminated,
+ * trimmed, then cut at d_str_length and fmt_length: see above). */
 QWZ_API sword QWZDateFromText(QWZError *errhp, const QWZtext *date_str, ub4 d_str_length,
                               const QWZtext *fmt, ub1 fmt_length, const QWZtext *lang_name,
                               ub4 lang_length, QWZDate *date);
@@ -202,6 +219,9 @@ QWZ_API sword QWZDateLastDay(QWZError *errhp, const QWZDate *date, QWZDate *last
 QWZ_API sword QWZDateNextDay(QWZError *errhp, const QWZDate *date, const QWZtext *day_p,
                              ub4 day_length, QWZDate *next_day);
 QWZ_API sword QWZDateSysDate(QWZError *errhp, QWZDate *sys_date);
+/* Writes *date as text under fmt (NUL-terminated, trimmed, cut at
+ * fmt_length) into buf, with its terminator: buf needs *buf_size + 1 bytes
+ * when the text fills *buf_size exactly. */
 QWZ_API sword QWZDateToText(QWZError *errhp, const QWZDate *date, const QWZtext *fmt,
                             ub1 fmt_length, const QWZtext *lang_name, ub4 lang_length,
                             ub4 *buf_size, QWZtext *buf);
@@ -217,6 +237,9 @@ QWZ_API sword QWZDateTimeCheck(void *hndl, QWZError *errhp, const QWZDateTime *d
                                ub4 *valid);
 QWZ_API sword QWZDateTimeCompare(void *hndl, QWZError *errhp, const QWZDateTime *date1,
                                  const QWZDateTime *date2, sword *result);
+/* timezone, when not NULL, is read as "TZH:TZM" up to its NUL, trimmed, then
+ * cut at timezone_length (see above); NULL takes the process's standard
+ * offset. */
 QWZ_API sword QWZDateTimeConstruct(void *hndl, QWZError *errhp, QWZDateTime *datetime,
                                    sb2 year, ub1 month, ub1 day, ub1 hour, ub1 min, ub1 sec,
                                    ub4 fsec, QWZText *timezone, size_t timezone_length);
@@ -225,6 +248,8 @@ QWZ_API sword QWZDateTimeConvert(void *hndl, QWZError *errhp, QWZDateTime *indat
 QWZ_API sword QWZDateTimeFromArray(void *hndl, QWZError *errhp, ub1 *inarray, ub4 *len,
                                    ub1 type, QWZDateTime *datetime, QWZInterval *reftz,
                                    ub1 fsprec);
+/* Reads *datetime from date_str under fmt (both NUL-terminated, trimmed, cut
+ * at dstr_length and fmt_length). */
 QWZ_API sword QWZDateTimeFromText(void *hndl, QWZError *errhp, QWZText *date_str,
                                   size_t dstr_length, QWZText *fmt, ub1 fmt_length,
                                   QWZText *lang_name, size_t lang_length,
@@ -246,6 +271,9 @@ QWZ_API sword QWZDateTimeSubtract(void *hndl, QWZError *errhp, QWZDateTime *inda
 QWZ_API sword QWZDateTimeSysTimeStamp(void *hndl, QWZError *errhp, QWZDateTime *sys_date);
 QWZ_API sword QWZDateTimeToArray(void *hndl, QWZError *errhp, QWZDateTime *datetime,
                                  QWZInterval *reftz, ub1 *outarray, ub4 *len, ub1 fsprec);
+/* Writes *date as text under fmt (NUL-terminated, trimmed, cut at
+ * fmt_length) into buf, with its terminator: buf needs *buf_size + 1 bytes
+ * when the text fills *buf_size exactly. */
 QWZ_API sword QWZDateTimeToText(void *hndl, QWZError *errhp, const QWZDateTime *date,
                                 const QWZtext *fmt, ub1 fmt_length, ub1 fsprec,
                                 const QWZtext *lang_name, size_t lang_length, ub4 *buf_size,

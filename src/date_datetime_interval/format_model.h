@@ -282,16 +282,23 @@ inline bool literal_is_valid(const FormatToken &t) {
   return !((c >= '0' && c <= '9') || (lower >= 'a' && lower <= 'z'));
 }
 
-// The trimmed part of text[0, n) in place: *begin past the leading blanks,
-// the length without the trailing ones, cut at cap - 1 characters (what a
-// cap-byte work buffer would hold).
-inline std::size_t trim_window(const char *text, std::size_t n, std::size_t cap,
-                               std::size_t *begin) {
-  std::size_t b = 0, e = n;
+// A caller's text or format as the text conversions read it: up to its
+// NUL (`full` is that length, measured by the caller), without its leading
+// and trailing blanks, then cut at `length` characters and at what a
+// 256-byte work buffer holds (255). Blanks only: tabs are kept. The window
+// stays where the text is; nothing is copied.
+struct TrimmedText {
+  const char *begin;
+  std::size_t length;
+};
+inline TrimmedText trim_and_cut(const char *text, std::size_t full, std::size_t length) {
+  std::size_t b = 0, e = full;
   while (b < e && text[b] == ' ') ++b;
   while (e > b && text[e - 1] == ' ') --e;
-  *begin = b;
-  return e - b < cap - 1 ? e - b : cap - 1;
+  std::size_t n = e - b;
+  if (n > kWorkBufferSize - 1) n = kWorkBufferSize - 1;
+  if (n > length) n = length;
+  return {text + b, n};
 }
 
 // Whether qwz_gkwinit has run (an atomic read of g_qwz_initilized).

@@ -2,10 +2,11 @@
 // trims, translates and checks before parsing, the converters, and the
 // public QWZDateFromText and QWZDateTimeFromText.
 //
-// Lengths: no byte past a given length is read. Where a length is taken
-// from the text itself it is taken with strnlen over the given length, and
-// trimming works inside that window; a text longer than 255 characters after
-// trimming is cut at 255 (text after the last token is ignored anyway).
+// Reading: a text and a format are read up to their NUL, whatever length
+// is given; the trimmed text is then cut at the given length (and at 255
+// characters, what a work buffer holds). The given length never extends a
+// text past its NUL, so the public functions' lowering of the lengths to
+// the texts' own changes nothing and is not repeated here.
 #include "date_datetime_interval/internal.h"
 
 #include <cstddef>
@@ -337,10 +338,6 @@ void report_format_fault(QWZError *errhp) {
   _QWZSetDateErrorMsg(ERRSRC_DRIVER, KIND_FORMAT_STRING, DETAIL_NONE, PARAM_NONE, errhp, "");
 }
 
-std::size_t text_length_of(const QWZText *text, std::size_t given) {
-  return strnlen(reinterpret_cast<const char *>(text), given);
-}
-
 }  // namespace
 
 namespace qwz {
@@ -349,72 +346,24 @@ bool text_to_fields(const QWZText *text, std::size_t text_length, const QWZText 
                     std::size_t format_length, datetime_fields &fields, sb4 &error_code,
                     bool calendar_defaults) {
   if (!text || !format) return false;
-  return window_to_fields(text, text_length_of(text, text_length), format,
-                          text_length_of(format, format_length), fields, error_code,
-                          calendar_defaults);
-}
-
-bool window_to_fields(const QWZText *text, std::size_t text_window, const QWZText *format,
-                      std::size_t fmt_window, datetime_fields &fields, sb4 &error_code,
-                      bool calendar_defaults) {
+  const char *txt = reinterpret_cast<const char *>(text);
   const char *fmt = reinterpret_cast<const char *>(format);
-  if (fmt_window > kMaxFormatLength) return false;
-  // Both are trimmed where they stand: the work buffers would only hold
-  // copies of these windows.
-  std::size_t fmt_begin = 0;
-  const std::size_t fmt_len = trim_window(fmt, fmt_window, kWorkBufferSize, &fmt_begin);
-  const CompiledFormat *tokens = compile_format(fmt + fmt_begin, fmt_len);
+  const std::size_t fmt_full = std::strlen(fmt);
+  const TrimmedText t = trim_and_cut(txt, std::strlen(txt), text_length);
+  const TrimmedText f = trim_and_cut(fmt, fmt_full, format_length);
+  // The 127-character limit holds for the format as given, before trimming
+  // and cutting.
+  if (fmt_full > kMaxFormatLength) return false;
+  const CompiledFormat *tokens = compile_format(f.begin, f.length);
   if (!tokens) return false;
   if (tokens->fault != FormatFault::none) {
     error_code = kFormatFaultCode;
     return false;
   }
-  const char *txt = reinterpret_cast<const char *>(text);
-  std::size_t text_begin = 0;
-  const std::size_t text_len = trim_window(txt, text_window, kWorkBufferSize, &text_begin);
   // The record is cleared and filled in place: it holds what was read
   // whether or not the text matched.
   std::memset(&fields, 0, sizeof fields);
-  return parse_compiled(txt + text_begin, text_len, *tokens, fields, calendar_defaults);
-}
-
-sword date_from_window(QWZError *errhp, const QWZText *text, std::size_t text_window,
-                       const QWZText *format, std::size_t fmt_window, QWZDate *date) {
-  datetime_fields f;
-  sb4 code = 0;
-  if (!window_to_fields(text, text_window, format, fmt_window, f, code, true)) {
-    if (code == kFormatFaultCode) report_format_fault(errhp);
-    return -1;
-  }
-  fields_to_date(f, date);
-  return 1;
-}
-
-sword datetime_from_window(QWZError *errhp, const QWZText *text, std::size_t text_window,
-                           const QWZText *format, std::size_t fmt_window, QWZDateTime *datetime) {
-  datetime_fields f;
-  std::memset(&f, 0, sizeof f);
-  sb4 code = 0;
-  const bool ok = text && format &&
-                  window_to_fields(text, text_window, format, fmt_window, f, code, true);
-  if (!ok && code == qwz::kFormatFaultCode) {
-    report_format_fault(errhp);
-    return -1;
-  }
-  // A text that did not match still goes on, with the fields as read; the
-  // caller's validity check then judges the value.
-  if (f.tz_given == 1 && !qwz::datetime_has_zone(datetime->hdr.type)) {
-    _QWZSetFrontEndErrorHandle(errhp, kDateFormatNotRecognizedText, kDateFormatNotRecognized);
-    return -1;
-  }
-  QWZDate d;
-  fields_to_date(f, &d);
-  qwz::set_datetime_date(datetime, d);
-  datetime->fraction = fraction_nanoseconds(f);
-  // The minute keeps its own sign here, even under a negative zone hour.
-  datetime->tz_hour = static_cast<sb1>(slot_value(f.tz_hour));
-  datetime->tz_minute = static_cast<sb1>(slot_value(f.tz_minute));
-  return ok ? 1 : 0;
+  return parse_compiled(t.begin, t.length, *tokens, fields, calendar_defaults);
 }
 
 }  // namespace qwz
@@ -440,18 +389,43 @@ int qwz_char_to_datetime(const QWZText *text, std::size_t text_length, const QWZ
 
 sword date_from_text(QWZError *errhp, const QWZText *text, std::size_t text_length,
                      const QWZText *format, std::size_t format_length, QWZDate *date) {
-  if (!text || !format || !date) return -1;
-  return qwz::date_from_window(errhp, text, text_length_of(text, text_length), format,
-                               text_length_of(format, format_length), date);
+  if (!date) return -1;
+  datetime_fields f;
+  sb4 code = 0;
+  if (!qwz::text_to_fields(text, text_length, format, format_length, f, code, true)) {
+    if (code == qwz::kFormatFaultCode) report_format_fault(errhp);
+    return -1;
+  }
+  fields_to_date(f, date);
+  return 1;
 }
 
 sword datetime_from_text(QWZError *errhp, const QWZText *text, std::size_t text_length,
                          const QWZText *format, std::size_t format_length,
                          QWZDateTime *datetime) {
   if (!datetime) return -1;
-  const std::size_t text_window = text ? text_length_of(text, text_length) : 0;
-  const std::size_t fmt_window = format ? text_length_of(format, format_length) : 0;
-  return qwz::datetime_from_window(errhp, text, text_window, format, fmt_window, datetime);
+  datetime_fields f;
+  std::memset(&f, 0, sizeof f);
+  sb4 code = 0;
+  const bool ok = qwz::text_to_fields(text, text_length, format, format_length, f, code, true);
+  if (!ok && code == qwz::kFormatFaultCode) {
+    report_format_fault(errhp);
+    return -1;
+  }
+  // A text that did not match still goes on, with the fields as read; the
+  // caller's validity check then judges the value.
+  if (f.tz_given == 1 && !qwz::datetime_has_zone(datetime->hdr.type)) {
+    _QWZSetFrontEndErrorHandle(errhp, kDateFormatNotRecognizedText, kDateFormatNotRecognized);
+    return -1;
+  }
+  QWZDate d;
+  fields_to_date(f, &d);
+  qwz::set_datetime_date(datetime, d);
+  datetime->fraction = fraction_nanoseconds(f);
+  // The minute keeps its own sign here, even under a negative zone hour.
+  datetime->tz_hour = static_cast<sb1>(slot_value(f.tz_hour));
+  datetime->tz_minute = static_cast<sb1>(slot_value(f.tz_minute));
+  return ok ? 1 : 0;
 }
 
 sword append_timezone_from_text(QWZError *errhp, const QWZText *text, std::size_t text_length,
@@ -487,9 +461,7 @@ QWZ_API sword QWZDateFromText(QWZError *errhp, const QWZtext *date_str, ub4 d_st
         if (!fmt) return date_error(errhp, KIND_NULL_PARAM, kDateInputPtr, 4);
         if (fmt_length == 0) return date_error(errhp, KIND_FORMAT_STRING, DETAIL_NONE, PARAM_NONE);
         if (d_str_length == 0) return date_error(errhp, KIND_DATE_FORMAT, DETAIL_NONE, PARAM_NONE);
-        const std::size_t text_len = text_length_of(date_str, d_str_length);
-        const std::size_t fmt_len = text_length_of(fmt, fmt_length);
-        if (qwz::date_from_window(errhp, date_str, text_len, fmt, fmt_len, date) == -1)
+        if (date_from_text(errhp, date_str, d_str_length, fmt, fmt_length, date) == -1)
           return done(QWZ_ERROR);
         uword flags = 0;
         const sword status = date_check(errhp, date, &flags);
@@ -518,9 +490,7 @@ QWZ_API sword QWZDateTimeFromText(void *hndl, QWZError *errhp, QWZText *date_str
         if (!fmt) return datetime_error(errhp, KIND_NULL_PARAM, qwz::kDatetimeParamDetail, 4);
         if (dstr_length == SIZE_MAX)
           return qwz::front_end_error(errhp, kStringTooLongText, kStringTooLong);
-        const std::size_t text_len = text_length_of(date_str, dstr_length);
-        const std::size_t fmt_len = text_length_of(fmt, fmt_length);
-        if (qwz::datetime_from_window(errhp, date_str, text_len, fmt, fmt_len, datetime) == -1)
+        if (datetime_from_text(errhp, date_str, dstr_length, fmt, fmt_length, datetime) == -1)
           return done(QWZ_ERROR);
         ub4 valid = 0;
         const sword status = QWZDateTimeCheck(hndl, errhp, datetime, &valid);

@@ -60,18 +60,6 @@ bool text_to_fields(const QWZText *text, std::size_t text_length, const QWZText 
                     std::size_t format_length, datetime_fields &fields, sb4 &error_code,
                     bool calendar_defaults);
 
-// The same on windows already measured: text[0, text_window) and
-// format[0, fmt_window) hold no NUL.
-bool window_to_fields(const QWZText *text, std::size_t text_window, const QWZText *format,
-                      std::size_t fmt_window, datetime_fields &fields, sb4 &error_code,
-                      bool calendar_defaults);
-// date_from_text and datetime_from_text on measured windows (what the
-// public functions call once they have lowered the lengths).
-sword date_from_window(QWZError *errhp, const QWZText *text, std::size_t text_window,
-                       const QWZText *format, std::size_t fmt_window, QWZDate *date);
-sword datetime_from_window(QWZError *errhp, const QWZText *text, std::size_t text_window,
-                           const QWZText *format, std::size_t fmt_window, QWZDateTime *datetime);
-
 }  // namespace qwz
 
 #endif  // QWZ_DDI_TEXT_IN_H

@@ -111,11 +111,12 @@ bool fields_to_text(const datetime_fields &fields, const QWZtext *format,
                     sb4 &error_code, bool stop_after_seconds) {
   if (!format || !buffer || !buffer_size) return false;
   const char *fmt = reinterpret_cast<const char *>(format);
-  const std::size_t window = strnlen(fmt, format_length);
-  if (window > qwz::kMaxFormatLength) return false;
-  std::size_t fmt_begin = 0;
-  const std::size_t fmt_len = qwz::trim_window(fmt, window, qwz::kWorkBufferSize, &fmt_begin);
-  const qwz::CompiledFormat *tokens = qwz::compile_format(fmt + fmt_begin, fmt_len);
+  // The format is read up to its NUL: the 127-character limit holds for it
+  // as given; then it is trimmed and cut at format_length.
+  const std::size_t full = std::strlen(fmt);
+  if (full > qwz::kMaxFormatLength) return false;
+  const qwz::TrimmedText f = qwz::trim_and_cut(fmt, full, format_length);
+  const qwz::CompiledFormat *tokens = qwz::compile_format(f.begin, f.length);
   if (!tokens) return false;
   switch (tokens->fault) {
     case qwz::FormatFault::none: break;
@@ -125,13 +126,14 @@ bool fields_to_text(const datetime_fields &fields, const QWZtext *format,
   char result[kResultRoom];
   std::size_t len = 0;
   if (!format_fields(result, len, tokens->span(), fields, stop_after_seconds)) return false;
-  // A capacity equal to the text's length is accepted.
+  // A capacity equal to the text's length is accepted, and the text is
+  // copied with its NUL all the same: the buffer then receives one byte
+  // more than *buffer_size.
   if (*buffer_size < len) {
     error_code = qwz::kBufferTooSmallCode;
     return false;
   }
-  std::memcpy(buffer, result, len);
-  if (len < *buffer_size) buffer[len] = '\0';
+  std::memcpy(buffer, result, len + 1);
   return true;
 }
 
@@ -281,12 +283,13 @@ QWZ_API sword QWZDateToText(QWZError *errhp, const QWZDate *date, const QWZtext 
         if (!fmt) return date_error(errhp, KIND_NULL_PARAM, kDateInputPtr, 3);
         if (!buf_size) return date_error(errhp, KIND_NULL_PARAM, kDateInputPtr, 7);
         if (!buf) return date_error(errhp, KIND_NULL_PARAM, kDateInputPtr, 8);
-        const std::size_t fmt_len = strnlen(reinterpret_cast<const char *>(fmt), fmt_length);
+        // Lowering fmt_length to the format's own length would change
+        // nothing: the format is read up to its NUL and cut at fmt_length.
         uword flags = 0;
         date_check(errhp, date, &flags);
         if (flags != 0) return date_error(errhp, KIND_DATE_FORMAT, DETAIL_NONE, PARAM_NONE);
         sb4 code = 0;
-        if (date_to_text(date, fmt, fmt_len, 0, buf_size, buf, &code) != 0) {
+        if (date_to_text(date, fmt, fmt_length, 0, buf_size, buf, &code) != 0) {
           const sb4 kind = code == qwz::kBufferTooSmallCode ? KIND_BUF_TOO_SMALL
                            : code == qwz::kFormatFaultCode  ? KIND_FORMAT_STRING
                                                             : KIND_FORMAT_OR_DATE;
@@ -318,8 +321,8 @@ QWZ_API sword QWZDateTimeToText(void *hndl, QWZError *errhp, const QWZDateTime *
         // with its status, through the exit trace.
         if (const sword r = QWZDateTimeCheck(hndl, errhp, date, &valid)) return done(r);
         if (valid != 0) return datetime_error(errhp, KIND_INVALID_VALUE, DETAIL_DATE_FORMAT, 3);
-        // The format length is not lowered here: the shared entry reads at
-        // most fmt_length bytes and cuts the trimmed format at it.
+        // The format length is not lowered here: the shared entry cuts the
+        // trimmed format at it.
         sb4 code = 0;
         const sword status = datetime_to_text(date, fmt, fmt_length, fsprec, buf_size, buf, &code);
         // The date family's setter, deliberately; other failures record nothing.

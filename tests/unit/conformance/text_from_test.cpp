@@ -330,23 +330,26 @@ TEST_F(DateFromTextConf, GivenLengths) {
   EXPECT_TRUE(same(d, make_date(2024, 5, 17)));
 }
 
-// Texts and formats with no NUL within their given lengths, of many sizes,
-// in buffers of exactly that size.
-TEST_F(DateFromTextConf, UnterminatedInputsOfManySizes) {
+// Texts and formats of many sizes, in buffers of exactly their characters
+// and their NUL (they are read up to it).
+TEST_F(DateFromTextConf, InputsOfManySizes) {
   ZoneGuard z(kUtc);
   for (std::size_t n : {1u, 10u, 64u, 65u, 127u, 128u, 255u, 256u, 4096u}) {
-    std::vector<char> text(n, '7');
+    std::vector<char> text(n + 1, '7');
+    text[n] = '\0';
     const char head[] = "2024-05-17";
     std::memcpy(text.data(), head, std::min(n, sizeof head - 1));
-    std::vector<char> fmt(std::min<std::size_t>(n, 255), '-');
+    const std::size_t fmt_n = std::min<std::size_t>(n, 255);
+    std::vector<char> fmt(fmt_n + 1, '-');
+    fmt[fmt_n] = '\0';
     const char fhead[] = "YYYY-MM-DD";
-    std::memcpy(fmt.data(), fhead, std::min(fmt.size(), sizeof fhead - 1));
+    std::memcpy(fmt.data(), fhead, std::min(fmt_n, sizeof fhead - 1));
     QWZDate d = kSentinel;
     const sword rc =
         QWZDateFromText(err_, reinterpret_cast<const QWZtext *>(text.data()),
                         static_cast<ub4>(n), reinterpret_cast<const QWZtext *>(fmt.data()),
-                        static_cast<ub1>(fmt.size()), nullptr, 0, &d);
-    if (n >= 10 && fmt.size() <= 127) {
+                        static_cast<ub1>(fmt_n), nullptr, 0, &d);
+    if (n >= 10 && fmt_n <= 127) {
       EXPECT_EQ(rc, QWZ_SUCCESS) << n;
       EXPECT_TRUE(same(d, make_date(2024, 5, 17))) << n << " " << show(d);
     } else {
@@ -355,13 +358,13 @@ TEST_F(DateFromTextConf, UnterminatedInputsOfManySizes) {
   }
   // Every byte value as a text of one character and after a date.
   for (int b = 1; b < 256; ++b) {
-    char one = static_cast<char>(b);
+    const char one[2] = {static_cast<char>(b), '\0'};
     QWZDate d = kSentinel;
-    EXPECT_EQ(QWZDateFromText(err_, reinterpret_cast<const QWZtext *>(&one), 1,
+    EXPECT_EQ(QWZDateFromText(err_, reinterpret_cast<const QWZtext *>(one), 1,
                               C(std::string("DD")), 2, nullptr, 0, &d),
               b >= '1' && b <= '9' ? QWZ_SUCCESS : QWZ_ERROR)
         << b;
-    char text[11];
+    char text[12] = {};
     std::memcpy(text, "2024-05-17", 10);
     text[10] = static_cast<char>(b);
     d = kSentinel;
@@ -622,14 +625,19 @@ TEST_F(DateTimeFromTextConf, GivenLengthsAndBadInput) {
   EXPECT_EQ(read(d), R(68, 2024, 5, 17, 10, 20, 0, 0));
   EXPECT_EQ(QWZDateTimeFromText(env_, err_, text, 1000, fmt, 255, nullptr, 0, d), QWZ_SUCCESS);
   EXPECT_EQ(read(d), R(68, 2024, 5, 17, 10, 20, 30, 123000000));
-  // Unterminated buffers of many sizes never crash.
+  // Buffers of many sizes, each exactly its characters and its NUL, never
+  // crash.
   for (std::size_t n : {1u, 63u, 64u, 65u, 127u, 128u, 255u, 256u, 4096u}) {
-    std::vector<char> t(n, '1');
-    std::vector<char> f(std::min<std::size_t>(n, 255), 'Y');
+    std::vector<char> t(n + 1, '1');
+    t[n] = '\0';
+    const std::size_t fn = std::min<std::size_t>(n, 255);
+    std::vector<char> f(fn + 1, 'Y');
+    f[fn] = '\0';
     QWZDateTimeFromText(env_, err_, reinterpret_cast<QWZText *>(t.data()), n,
-                        reinterpret_cast<QWZText *>(f.data()), static_cast<ub1>(f.size()), nullptr,
+                        reinterpret_cast<QWZText *>(f.data()), static_cast<ub1>(fn), nullptr,
                         0, d);
-    std::vector<char> p(n, '.');
+    std::vector<char> p(n + 1, '.');
+    p[n] = '\0';
     QWZDateTimeFromText(env_, err_, reinterpret_cast<QWZText *>(p.data()), n,
                         reinterpret_cast<QWZText *>(kFmt), 25, nullptr, 0, d);
   }

@@ -198,9 +198,10 @@ TEST_F(DateToTextConf, FormatLengths) {
               QWZ_SUCCESS);
     EXPECT_EQ(std::string(buf), std::string("2024-05-17 10:20:30").substr(0, len < 21 ? len : 21));
   }
-  // Unterminated formats in buffers of their exact size.
+  // Formats in buffers of exactly their characters and their NUL.
   for (std::size_t n : {1u, 4u, 127u, 128u, 255u}) {
-    std::vector<char> f(n, '-');
+    std::vector<char> f(n + 1, '-');
+    f[n] = '\0';
     std::memcpy(f.data(), "YYYY", std::min<std::size_t>(n, 4));
     char buf[300] = {};
     ub4 size = 300;

@@ -233,10 +233,11 @@ TEST_F(QWZDateTimeConstructTest, ZoneText) {
   }
 }
 
-// A text with no NUL within its length is read within that length only.
-TEST_F(QWZDateTimeConstructTest, UnterminatedZoneText) {
-  auto text = std::make_unique<QWZText[]>(6);
-  std::memcpy(text.get(), "+05:30", 6);
+// A zone text in a block of exactly its characters and its NUL: read up to
+// the NUL, and traced within its length.
+TEST_F(QWZDateTimeConstructTest, ZoneTextInAnExactBlock) {
+  auto text = std::make_unique<QWZText[]>(7);
+  std::memcpy(text.get(), "+05:30", 7);
   QWZDateTime *d = new_datetime(69);
   ASSERT_EQ(QWZDateTimeConstruct(env_, err_, d, 2024, 1, 1, 0, 0, 0, 0, text.get(), 6), QWZ_SUCCESS);
   EXPECT_EQ(d->tz_hour, 5);

@@ -1,7 +1,8 @@
 // Bad input to the text functions: every input gets its status and its
 // diagnostic and nothing is read or written out of bounds. Texts and formats
-// live in heap blocks of exactly their given length (no NUL unless stated),
-// so the address sanitizer reports any byte read past them.
+// are read up to their NUL whatever length they are given with, so each
+// lives in a heap block of exactly its characters and its NUL: the address
+// sanitizer reports any byte read past them.
 #include "text_test_util.h"
 
 #include <memory>
@@ -14,10 +15,11 @@ using namespace text_test;
 
 namespace {
 
-// A heap block holding exactly `s`, with no terminator.
+// A heap block holding exactly `s` and a NUL.
 struct Block {
-  explicit Block(const std::string &s) : size(s.size()), data(new QWZtext[s.size() ? s.size() : 1]) {
+  explicit Block(const std::string &s) : size(s.size()), data(new QWZtext[s.size() + 1]) {
     std::memcpy(data.get(), s.data(), s.size());
+    data[s.size()] = '\0';
   }
   std::size_t size;
   std::unique_ptr<QWZtext[]> data;
@@ -147,13 +149,14 @@ TEST_F(TextBadInput, LengthsLargerShorterAndSizeMax) {
                                 M("x"), SIZE_MAX, dt),
             0);
   EXPECT_EQ(qwz::datetime_date(dt), (QWZDate{2024, 5, 17, 0, 0, 0}));
-  // Shorter than the text: only the given bytes are read.
+  // Shorter than the text: the text is cut at the given length.
   const Block text(std::string("2024-05-17"));
   ASSERT_EQ(QWZDateFromText(err_, text.p(), 7, U("YYYY-MM"), 7, nullptr, 0, &d), 0);
   EXPECT_EQ(d, (QWZDate{2024, 5, 1, 0, 0, 0}));
-  // A leading blank shortens what is left inside the window.
+  // Leading blanks are trimmed before the cut, so they do not count.
   const Block padded(std::string("  2024-05-17"));
-  EXPECT_EQ(QWZDateFromText(err_, padded.p(), 10, U("YYYY-MM-DD"), 10, nullptr, 0, &d), -1);
+  ASSERT_EQ(QWZDateFromText(err_, padded.p(), 10, U("YYYY-MM-DD"), 10, nullptr, 0, &d), 0);
+  EXPECT_EQ(d, (QWZDate{2024, 5, 17, 0, 0, 0}));
   expect_clear();
 }
 

