@@ -1,6 +1,7 @@
 // Datetime descriptors: QWZDateTimeConstruct, the getters of date, time and
 // zone, QWZDateTimeSysTimeStamp, and the clock and zone helpers they share.
 #include "date_datetime_interval/internal.h"
+#include "date_datetime_interval/nested.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -175,7 +176,7 @@ QWZ_API sword QWZDateTimeConstruct(void *hndl, QWZError *errhp, QWZDateTime *dat
           }
         }
         ub4 flags = 0;
-        if (const sword r = QWZDateTimeCheck(hndl, errhp, datetime, &flags)) return refuse(r);
+        if (const sword r = qwz::nested_datetime_check(hndl, errhp, datetime, &flags)) return refuse(r);
         if (flags != 0) {
           restore_value(datetime, saved);
           return qwz::datetime_error(errhp, KIND_INVALID_VALUE, DETAIL_DATE_FORMAT, 3);
