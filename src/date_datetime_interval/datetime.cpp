@@ -1,7 +1,17 @@
 // Datetime descriptors: QWZDateTimeConstruct, the getters of date, time and
 // zone, QWZDateTimeSysTimeStamp, and the clock and zone helpers they share.
-#include "date_datetime_interval/internal.h"
+#include "date_datetime_interval/calendar.h"
+#include "date_datetime_interval/datetime.h"
+#include "date_datetime_interval/datetime_record.h"
+#include "date_datetime_interval/diagnostics.h"
+#include "date_datetime_interval/format_model.h"
+#include "date_datetime_interval/frame.h"
 #include "date_datetime_interval/nested.h"
+#include "date_datetime_interval/text_in.h"
+#include "errors/errors.h"
+#include "handles/handles.h"
+
+#include <qwz/qwz.h>
 
 #include <cstdio>
 #include <cstdlib>

@@ -5,8 +5,17 @@
 // per second (the unit of QWZDateTimeSysTimeStamp). Year-month intervals move
 // the fields directly (no end-of-month clamping); day-second intervals go
 // through local time (calendar.h), with its summer-time asymmetry.
-#include "date_datetime_interval/internal.h"
+#include "date_datetime_interval/calendar.h"
+#include "date_datetime_interval/datetime_arith.h"
+#include "date_datetime_interval/datetime_record.h"
+#include "date_datetime_interval/diagnostics.h"
+#include "date_datetime_interval/frame.h"
+#include "date_datetime_interval/interval.h"
 #include "date_datetime_interval/nested.h"
+#include "errors/errors.h"
+#include "handles/handles.h"
+
+#include <qwz/qwz.h>
 
 #include <cstdint>
 

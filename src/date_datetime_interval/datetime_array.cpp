@@ -1,7 +1,13 @@
 // QWZDateTimeFromArray and QWZDateTimeToArray, and the decoder behind the
 // first: the five packed layouts described in datetime_array.h.
-#include "date_datetime_interval/internal.h"
+#include "date_datetime_interval/datetime_array.h"
+#include "date_datetime_interval/datetime_record.h"
+#include "date_datetime_interval/diagnostics.h"
+#include "date_datetime_interval/frame.h"
 #include "date_datetime_interval/nested.h"
+#include "handles/handles.h"
+
+#include <qwz/qwz.h>
 
 #include <cmath>
 #include <cstdint>

@@ -1,8 +1,17 @@
 // QWZDateTimeConvert (a change of representation that never shifts a value
 // between zones) and QWZDateTimeCompare (zoned values ordered by their UTC
 // instant, through copies that are always freed).
-#include "date_datetime_interval/internal.h"
+#include "date_datetime_interval/datetime.h"
+#include "date_datetime_interval/datetime_arith.h"
+#include "date_datetime_interval/datetime_compare.h"
+#include "date_datetime_interval/datetime_record.h"
+#include "date_datetime_interval/diagnostics.h"
+#include "date_datetime_interval/frame.h"
 #include "date_datetime_interval/nested.h"
+#include "errors/errors.h"
+#include "handles/handles.h"
+
+#include <qwz/qwz.h>
 
 namespace {
 

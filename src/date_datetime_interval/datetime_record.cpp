@@ -1,7 +1,12 @@
 // QWZDateTimeCheck and QWZDateTimeAssign: the validity flags of a datetime
 // descriptor by its type, and the checked copy between descriptors of one type.
-#include "date_datetime_interval/internal.h"
+#include "date_datetime_interval/datetime_record.h"
+#include "date_datetime_interval/diagnostics.h"
+#include "date_datetime_interval/frame.h"
 #include "date_datetime_interval/nested.h"
+#include "handles/handles.h"
+
+#include <qwz/qwz.h>
 
 namespace {
 

@@ -1,7 +1,13 @@
 // Interval descriptors: the normaliser, setting and reading fields, the
 // validity check and the checked copy, comparison, addition and subtraction.
-#include "date_datetime_interval/internal.h"
+#include "date_datetime_interval/diagnostics.h"
+#include "date_datetime_interval/frame.h"
+#include "date_datetime_interval/interval.h"
 #include "date_datetime_interval/nested.h"
+#include "errors/errors.h"
+#include "handles/handles.h"
+
+#include <qwz/qwz.h>
 
 namespace {
 

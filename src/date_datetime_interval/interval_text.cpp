@@ -1,6 +1,13 @@
 // QWZIntervalToText and QWZIntervalFromText, with the two scanners that
 // take a text apart into digit groups and the writer of both shapes.
-#include "date_datetime_interval/internal.h"
+#include "date_datetime_interval/diagnostics.h"
+#include "date_datetime_interval/frame.h"
+#include "date_datetime_interval/interval.h"
+#include "date_datetime_interval/interval_text.h"
+#include "errors/errors.h"
+#include "handles/handles.h"
+
+#include <qwz/qwz.h>
 
 #include <algorithm>
 #include <cstdint>

@@ -7,8 +7,17 @@
 // characters, what a work buffer holds). The given length never extends a
 // text past its NUL, so the public functions' lowering of the lengths to
 // the texts' own changes nothing and is not repeated here.
-#include "date_datetime_interval/internal.h"
+#include "date_datetime_interval/calendar.h"
+#include "date_datetime_interval/datetime_record.h"
+#include "date_datetime_interval/diagnostics.h"
+#include "date_datetime_interval/format_model.h"
+#include "date_datetime_interval/frame.h"
 #include "date_datetime_interval/nested.h"
+#include "date_datetime_interval/text_in.h"
+#include "errors/errors.h"
+#include "handles/handles.h"
+
+#include <qwz/qwz.h>
 
 #include <cstddef>
 #include <cstdint>

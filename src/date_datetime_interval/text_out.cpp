@@ -7,8 +7,16 @@
 // formatter ever reads from month to second and from the zone; a year text
 // that fills its whole slot has no terminator, reads as too wide and fails
 // both year keywords, as any year of six characters must.
-#include "date_datetime_interval/internal.h"
+#include "date_datetime_interval/calendar.h"
+#include "date_datetime_interval/datetime_record.h"
+#include "date_datetime_interval/diagnostics.h"
+#include "date_datetime_interval/format_model.h"
+#include "date_datetime_interval/frame.h"
 #include "date_datetime_interval/nested.h"
+#include "date_datetime_interval/text_out.h"
+#include "handles/handles.h"
+
+#include <qwz/qwz.h>
 
 #include <cstdint>
 #include <cstring>
