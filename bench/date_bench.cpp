@@ -4,6 +4,8 @@
 
 #include <benchmark/benchmark.h>
 
+#include "counters.h"
+
 #include <cstdlib>
 #include <ctime>
 
@@ -24,6 +26,7 @@ struct Handles {
 void BM_QWZDateAddDays(benchmark::State &state) {
   Handles h;
   QWZDate d{2024, 3, 15, 10, 30, 0}, r{};
+  qwz_bench::Counted c(state);
   for (auto _ : state) {
     QWZDateAddDays(h.err, &d, 40, &r);
     benchmark::DoNotOptimize(r);
@@ -31,10 +34,34 @@ void BM_QWZDateAddDays(benchmark::State &state) {
 }
 BENCHMARK(BM_QWZDateAddDays);
 
+// The frame around a 12-byte copy (and the check of the source date).
+void BM_QWZDateAssign(benchmark::State &state) {
+  Handles h;
+  QWZDate d{2024, 3, 15, 10, 30, 0}, r{};
+  qwz_bench::Counted c(state);
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(QWZDateAssign(h.err, &d, &r));
+    benchmark::DoNotOptimize(r);
+  }
+}
+BENCHMARK(BM_QWZDateAssign);
+
+// The copy alone, for scale.
+void BM_DateCopy(benchmark::State &state) {
+  QWZDate d{2024, 3, 15, 10, 30, 0}, r{};
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(d);
+    r = d;
+    benchmark::DoNotOptimize(r);
+  }
+}
+BENCHMARK(BM_DateCopy);
+
 void BM_QWZDateCompare(benchmark::State &state) {
   Handles h;
   QWZDate a{2024, 3, 15, 10, 30, 0}, b{2024, 3, 16, 10, 30, 0};
   sword r = 0;
+  qwz_bench::Counted c(state);
   for (auto _ : state) {
     QWZDateCompare(h.err, &a, &b, &r);
     benchmark::DoNotOptimize(r);
@@ -44,6 +71,7 @@ BENCHMARK(BM_QWZDateCompare);
 
 void BM_MktimeLocaltime(benchmark::State &state) {
   Handles h;
+  qwz_bench::Counted c(state);
   for (auto _ : state) {
     struct tm t {};
     t.tm_year = 124; t.tm_mon = 2; t.tm_mday = 15; t.tm_hour = 10; t.tm_min = 30;

@@ -4,6 +4,8 @@
 
 #include <benchmark/benchmark.h>
 
+#include "counters.h"
+
 #include <cstdlib>
 #include <ctime>
 
@@ -38,18 +40,21 @@ struct Fixture {
 
 void BM_IntervalAddYearMonth(benchmark::State &state) {
   Fixture f;
+  qwz_bench::Counted c(state);
   for (auto _ : state) benchmark::DoNotOptimize(QWZDateTimeIntervalAdd(f.env, f.err, f.a, f.ym, f.out));
 }
 BENCHMARK(BM_IntervalAddYearMonth);
 
 void BM_IntervalAddDaySecond(benchmark::State &state) {
   Fixture f;
+  qwz_bench::Counted c(state);
   for (auto _ : state) benchmark::DoNotOptimize(QWZDateTimeIntervalAdd(f.env, f.err, f.a, f.ds, f.out));
 }
 BENCHMARK(BM_IntervalAddDaySecond);
 
 void BM_SubtractZoned(benchmark::State &state) {
   Fixture f;
+  qwz_bench::Counted c(state);
   for (auto _ : state) benchmark::DoNotOptimize(QWZDateTimeSubtract(f.env, f.err, f.a, f.b, f.ds));
 }
 BENCHMARK(BM_SubtractZoned);
@@ -57,12 +62,14 @@ BENCHMARK(BM_SubtractZoned);
 void BM_CompareZoned(benchmark::State &state) {
   Fixture f;
   sword r = 0;
+  qwz_bench::Counted c(state);
   for (auto _ : state) benchmark::DoNotOptimize(QWZDateTimeCompare(f.env, f.err, f.a, f.b, &r));
 }
 BENCHMARK(BM_CompareZoned);
 
 void BM_MktimeLocaltimePair(benchmark::State &state) {
   Fixture f;
+  qwz_bench::Counted c(state);
   for (auto _ : state) {
     struct tm t {};
     t.tm_year = 124; t.tm_mon = 2; t.tm_mday = 15; t.tm_hour = 10; t.tm_min = 30;

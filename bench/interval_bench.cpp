@@ -4,6 +4,8 @@
 
 #include <benchmark/benchmark.h>
 
+#include "counters.h"
+
 namespace {
 
 struct Handles {
@@ -29,6 +31,7 @@ struct Handles {
 
 void BM_QWZIntervalAdd(benchmark::State &state) {
   Handles h(static_cast<ub4>(state.range(0)));
+  qwz_bench::Counted c(state);
   for (auto _ : state) {
     sword rc = QWZIntervalAdd(h.env, h.err, h.a, h.b, h.r);
     benchmark::DoNotOptimize(rc);
@@ -38,6 +41,7 @@ BENCHMARK(BM_QWZIntervalAdd)->Arg(INTERVAL_KIND_YM)->Arg(INTERVAL_KIND_DS);
 
 void BM_QWZIntervalSubtract(benchmark::State &state) {
   Handles h(static_cast<ub4>(state.range(0)));
+  qwz_bench::Counted c(state);
   for (auto _ : state) {
     sword rc = QWZIntervalSubtract(h.env, h.err, h.a, h.b, h.r);
     benchmark::DoNotOptimize(rc);
@@ -45,10 +49,22 @@ void BM_QWZIntervalSubtract(benchmark::State &state) {
 }
 BENCHMARK(BM_QWZIntervalSubtract)->Arg(INTERVAL_KIND_YM)->Arg(INTERVAL_KIND_DS);
 
+// The frame, the nested check of the source and the copy.
+void BM_QWZIntervalAssign(benchmark::State &state) {
+  Handles h(static_cast<ub4>(state.range(0)));
+  qwz_bench::Counted c(state);
+  for (auto _ : state) {
+    sword rc = QWZIntervalAssign(h.env, h.err, h.a, h.r);
+    benchmark::DoNotOptimize(rc);
+  }
+}
+BENCHMARK(BM_QWZIntervalAssign)->Arg(INTERVAL_KIND_YM)->Arg(INTERVAL_KIND_DS);
+
 void BM_QWZIntervalToText(benchmark::State &state) {
   Handles h(static_cast<ub4>(state.range(0)));
   QWZtext buf[32];
   size_t len = 0;
+  qwz_bench::Counted c(state);
   for (auto _ : state) {
     buf[0] = 0;
     sword rc = QWZIntervalToText(h.env, h.err, h.a, 9, 5, buf, sizeof buf, &len);
@@ -64,6 +80,7 @@ void BM_QWZIntervalFromText(benchmark::State &state) {
   const char *text = kind == INTERVAL_KIND_YM ? "-0012-07" : "-12 07:30:59.75000";
   size_t n = 0;
   while (text[n]) ++n;
+  qwz_bench::Counted c(state);
   for (auto _ : state) {
     sword rc = QWZIntervalFromText(h.env, h.err, reinterpret_cast<const QWZText *>(text), n, h.r);
     benchmark::DoNotOptimize(rc);

@@ -8,43 +8,12 @@
 
 #include <benchmark/benchmark.h>
 
-#include <atomic>
+#include "counters.h"
+
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
-
-// ---- counting allocations and clock reads in this program ------------------
-extern "C" void *__libc_malloc(size_t);
-extern "C" void *__libc_calloc(size_t, size_t);
-extern "C" void *__libc_realloc(void *, size_t);
-extern "C" void __libc_free(void *);
-
-namespace {
-std::atomic<long> g_allocs{0};
-std::atomic<long> g_clock_reads{0};
-}  // namespace
-
-extern "C" void *malloc(size_t n) {
-  g_allocs.fetch_add(1, std::memory_order_relaxed);
-  return __libc_malloc(n);
-}
-extern "C" void *calloc(size_t n, size_t m) {
-  g_allocs.fetch_add(1, std::memory_order_relaxed);
-  return __libc_calloc(n, m);
-}
-extern "C" void *realloc(void *p, size_t n) {
-  g_allocs.fetch_add(1, std::memory_order_relaxed);
-  return __libc_realloc(p, n);
-}
-extern "C" void free(void *p) { __libc_free(p); }
-extern "C" time_t time(time_t *t) {
-  g_clock_reads.fetch_add(1, std::memory_order_relaxed);
-  struct timespec ts;
-  clock_gettime(CLOCK_REALTIME, &ts);
-  if (t) *t = ts.tv_sec;
-  return ts.tv_sec;
-}
 
 namespace {
 
@@ -60,17 +29,7 @@ struct Handles {
   ~Handles() { QWZHandleFree(env, QWZ_HTYPE_ENV); }
 };
 
-// Snapshots the counters around the timed loop.
-struct Counted {
-  benchmark::State &state;
-  long allocs0 = g_allocs.load(), clock0 = g_clock_reads.load();
-  explicit Counted(benchmark::State &s) : state(s) {}
-  ~Counted() {
-    const double n = static_cast<double>(state.iterations());
-    state.counters["allocs/call"] = static_cast<double>(g_allocs.load() - allocs0) / n;
-    state.counters["clock/call"] = static_cast<double>(g_clock_reads.load() - clock0) / n;
-  }
-};
+using qwz_bench::Counted;
 
 const QWZtext *U(const char *s) { return reinterpret_cast<const QWZtext *>(s); }
 

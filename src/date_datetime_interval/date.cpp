@@ -1,7 +1,12 @@
 // The public date family (QWZDate*), apart from the text conversions: each
 // runs the frame with its error handle as the first traced argument, checks
 // its pointers and input dates, and leaves the calendar work to calendar.cpp.
-#include "date_datetime_interval/internal.h"
+#include "date_datetime_interval/calendar.h"
+#include "date_datetime_interval/diagnostics.h"
+#include "date_datetime_interval/frame.h"
+#include "handles/handles.h"
+
+#include <qwz/qwz.h>
 
 #include <cstring>
 

@@ -1,6 +1,17 @@
 // Datetime descriptors: QWZDateTimeConstruct, the getters of date, time and
 // zone, QWZDateTimeSysTimeStamp, and the clock and zone helpers they share.
-#include "date_datetime_interval/internal.h"
+#include "date_datetime_interval/calendar.h"
+#include "date_datetime_interval/datetime.h"
+#include "date_datetime_interval/datetime_record.h"
+#include "date_datetime_interval/diagnostics.h"
+#include "date_datetime_interval/format_model.h"
+#include "date_datetime_interval/frame.h"
+#include "date_datetime_interval/nested.h"
+#include "date_datetime_interval/text_in.h"
+#include "errors/errors.h"
+#include "handles/handles.h"
+
+#include <qwz/qwz.h>
 
 #include <cstdio>
 #include <cstdlib>
@@ -175,7 +186,7 @@ QWZ_API sword QWZDateTimeConstruct(void *hndl, QWZError *errhp, QWZDateTime *dat
           }
         }
         ub4 flags = 0;
-        if (const sword r = QWZDateTimeCheck(hndl, errhp, datetime, &flags)) return refuse(r);
+        if (const sword r = qwz::nested_datetime_check(hndl, errhp, datetime, &flags)) return refuse(r);
         if (flags != 0) {
           restore_value(datetime, saved);
           return qwz::datetime_error(errhp, KIND_INVALID_VALUE, DETAIL_DATE_FORMAT, 3);

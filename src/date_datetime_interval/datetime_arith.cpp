@@ -5,7 +5,17 @@
 // per second (the unit of QWZDateTimeSysTimeStamp). Year-month intervals move
 // the fields directly (no end-of-month clamping); day-second intervals go
 // through local time (calendar.h), with its summer-time asymmetry.
-#include "date_datetime_interval/internal.h"
+#include "date_datetime_interval/calendar.h"
+#include "date_datetime_interval/datetime_arith.h"
+#include "date_datetime_interval/datetime_record.h"
+#include "date_datetime_interval/diagnostics.h"
+#include "date_datetime_interval/frame.h"
+#include "date_datetime_interval/interval.h"
+#include "date_datetime_interval/nested.h"
+#include "errors/errors.h"
+#include "handles/handles.h"
+
+#include <qwz/qwz.h>
 
 #include <cstdint>
 
@@ -104,7 +114,56 @@ sword check_operands(QWZError *errhp, void *hndl, QWZDateTime *datetime, QWZInte
   return 0;
 }
 
+// The two steps of the move to UTC, on descriptors that already exist:
+// copy := datetime through QWZDateTimeAssign, then copy := datetime plus the
+// day-second interval of minus its offset (set through
+// QWZIntervalSetDaySecond into `shift`), with the copy's zone set to 0.
+sword utc_copy(QWZEnv *env, QWZError *errhp, QWZDateTime *datetime, QWZDateTime *copy) {
+  return qwz::nested_datetime_assign(env, errhp, datetime, copy);
+}
+sword utc_shift(QWZEnv *env, QWZError *errhp, QWZDateTime *datetime, QWZDateTime *copy,
+                QWZInterval *shift) {
+  copy->tz_hour = 0;
+  copy->tz_minute = 0;
+  sword r = qwz::nested_interval_set_day_second(env, errhp, 0, -datetime->tz_hour,
+                                                -datetime->tz_minute, 0, 0, shift);
+  if (r == 0) r = qwz_datetime_add_interval(env, errhp, datetime, shift, copy, 1);
+  return r;
+}
+
 }  // namespace
+
+namespace qwz {
+
+bool datetime_to_utc_in(QWZError *errhp, QWZDateTime *datetime, QWZDateTime *utc,
+                        QWZInterval *shift) {
+  QWZEnv *env = qwz_handle_env(datetime);
+  if (utc_copy(env, errhp, datetime, utc) != 0) return false;
+  return utc_shift(env, errhp, datetime, utc, shift) == 0;
+}
+
+sword with_utc_pair(QWZError *errhp, QWZDateTime *date1, QWZDateTime *date2,
+                    sword (*use)(void *context, QWZDateTime *u1, QWZDateTime *u2),
+                    void *context) {
+  if (qwz_trace_flag) [[unlikely]] {
+    // The nested public calls are traced: the copies are real descriptors.
+    QWZDateTime *u1 = qwz_datetime_2_utc(errhp, date1);
+    QWZDateTime *u2 = qwz_datetime_2_utc(errhp, date2);
+    const sword status = use(context, u1, u2);
+    if (u1) _QWZDateTimeDescriptorFree(u1);
+    if (u2) _QWZDateTimeDescriptorFree(u2);
+    return status;
+  }
+  QWZEnv *env1 = qwz_handle_env(date1);
+  QWZEnv *env2 = qwz_handle_env(date2);
+  ScopedDescriptor<QWZDateTime> u1(env1, date1->hdr.type), u2(env2, date2->hdr.type);
+  ScopedDescriptor<QWZInterval> s1(env1, INTERVAL_KIND_DS), s2(env2, INTERVAL_KIND_DS);
+  const bool ok1 = datetime_to_utc_in(errhp, date1, u1.get(), s1.get());
+  const bool ok2 = datetime_to_utc_in(errhp, date2, u2.get(), s2.get());
+  return use(context, ok1 ? u1.get() : nullptr, ok2 ? u2.get() : nullptr);
+}
+
+}  // namespace qwz
 
 extern "C" {
 
@@ -122,7 +181,7 @@ sword qwz_datetime_add_interval(void *hndl, QWZError *errhp, QWZDateTime *dateti
     result->fraction = static_cast<ub4>(f);  // never carried into the seconds
   }
   ub4 flags = 0;
-  if (const sword r = QWZDateTimeCheck(hndl, errhp, result, &flags)) return r;
+  if (const sword r = qwz::nested_datetime_check(hndl, errhp, result, &flags)) return r;
   if (!add_flags_accepted(flags)) {
     _QWZSetDateTimeErrorMsg(ERRSRC_DRIVER, KIND_INVALID_VALUE, DETAIL_DATE_FORMAT, 4, errhp, "");
     return QWZ_ERROR;
@@ -160,7 +219,7 @@ sword qwz_datetime_sub(void *hndl, QWZError *errhp, QWZDateTime *date1, QWZDateT
     inter->slot[QWZ_IV_FRACTION] = static_cast<sb4>(fd);
   }
   ub4 flags = 0;
-  const sword r = QWZIntervalCheck(hndl, errhp, inter, &flags);
+  const sword r = qwz::nested_interval_check(hndl, errhp, inter, &flags);
   if (r != 0 || flags != 0) {
     _QWZSetIntervalErrorMsg(ERRSRC_DRIVER, KIND_INTERVAL_INVALID, KIND_INTERVAL_INVALID, 3, errhp, "");
     return QWZ_ERROR;
@@ -173,20 +232,16 @@ QWZDateTime *qwz_datetime_2_utc(QWZError *errhp, QWZDateTime *datetime) {
   QWZEnv *env = qwz_handle_env(datetime);
   QWZDateTime *copy = qwz_datetime_descriptor_alloc(env, datetime->hdr.type);
   if (!copy) return nullptr;
-  if (QWZDateTimeAssign(env, errhp, datetime, copy) != 0) {
+  if (utc_copy(env, errhp, datetime, copy) != 0) {
     _QWZDateTimeDescriptorFree(copy);
     return nullptr;
   }
-  copy->tz_hour = 0;
-  copy->tz_minute = 0;
   QWZInterval *shift = _QWZIntervalDescriptorAlloc(env, INTERVAL_KIND_DS);
   if (!shift) {
     _QWZDateTimeDescriptorFree(copy);
     return nullptr;
   }
-  sword r = QWZIntervalSetDaySecond(env, errhp, 0, -datetime->tz_hour, -datetime->tz_minute, 0, 0,
-                                    shift);
-  if (r == 0) r = qwz_datetime_add_interval(env, errhp, datetime, shift, copy, 1);
+  const sword r = utc_shift(env, errhp, datetime, copy, shift);
   _QWZIntervalDescriptorFree(shift);
   if (r != 0) {
     _QWZDateTimeDescriptorFree(copy);
@@ -234,12 +289,18 @@ QWZ_API sword QWZDateTimeSubtract(void *hndl, QWZError *errhp, QWZDateTime *inda
           return qwz::front_end_error(errhp, kNotComparable, kNotComparableNumber);
         if (!qwz::datetime_has_zone(indate1->hdr.type))
           return done(qwz_datetime_sub(hndl, errhp, indate1, indate2, inter));
-        QWZDateTime *u1 = qwz_datetime_2_utc(errhp, indate1);
-        QWZDateTime *u2 = qwz_datetime_2_utc(errhp, indate2);
-        const sword status = qwz_datetime_sub(hndl, errhp, u1, u2, inter);
-        if (u1) _QWZDateTimeDescriptorFree(u1);
-        if (u2) _QWZDateTimeDescriptorFree(u2);
-        return done(status);
+        struct Args {
+          void *hndl;
+          QWZError *errhp;
+          QWZInterval *inter;
+        } args{hndl, errhp, inter};
+        return done(qwz::with_utc_pair(
+            errhp, indate1, indate2,
+            [](void *c, QWZDateTime *u1, QWZDateTime *u2) {
+              const Args *a = static_cast<const Args *>(c);
+              return qwz_datetime_sub(a->hndl, a->errhp, u1, u2, a->inter);
+            },
+            &args));
       },
       hndl, errhp, indate1, indate2, inter);
 }

@@ -23,4 +23,24 @@ QWZ_INTERNAL QWZDateTime *qwz_datetime_2_utc(QWZError *errhp, QWZDateTime *datet
 
 }  // extern "C"
 
+namespace qwz {
+
+// qwz_datetime_2_utc into descriptors that exist already: `utc` of
+// datetime's type with value fields 0, `shift` a day-second interval used as
+// scratch. True when the value was moved; false after the failing step left
+// its diagnostic.
+bool datetime_to_utc_in(QWZError *errhp, QWZDateTime *datetime, QWZDateTime *utc,
+                        QWZInterval *shift);
+
+// Moves date1 and date2 to UTC, in that order, and returns use(context, u1,
+// u2), where a move that failed gives NULL. With tracing on the copies are
+// descriptors from qwz_datetime_2_utc, freed afterwards, so that the nested
+// public calls and their trace records are those of the descriptor path;
+// with tracing off they live on the stack and nothing is allocated.
+sword with_utc_pair(QWZError *errhp, QWZDateTime *date1, QWZDateTime *date2,
+                    sword (*use)(void *context, QWZDateTime *u1, QWZDateTime *u2),
+                    void *context);
+
+}  // namespace qwz
+
 #endif  // QWZ_DDI_DATETIME_ARITH_H

@@ -1,6 +1,13 @@
 // QWZDateTimeFromArray and QWZDateTimeToArray, and the decoder behind the
 // first: the five packed layouts described in datetime_array.h.
-#include "date_datetime_interval/internal.h"
+#include "date_datetime_interval/datetime_array.h"
+#include "date_datetime_interval/datetime_record.h"
+#include "date_datetime_interval/diagnostics.h"
+#include "date_datetime_interval/frame.h"
+#include "date_datetime_interval/nested.h"
+#include "handles/handles.h"
+
+#include <qwz/qwz.h>
 
 #include <cmath>
 #include <cstdint>
@@ -123,7 +130,7 @@ QWZ_API sword QWZDateTimeFromArray(void *hndl, QWZError *errhp, ub1 *inarray, ub
         qwz_datetime_from_array(inarray, type, datetime, fsprec);
         // Checked by the descriptor's own type; an invalid value stays written.
         ub4 flags = 0;
-        const sword status = QWZDateTimeCheck(hndl, errhp, datetime, &flags);
+        const sword status = qwz::nested_datetime_check(hndl, errhp, datetime, &flags);
         if (flags != 0) return datetime_error(errhp, KIND_INVALID_VALUE, DETAIL_DATE_FORMAT, 3);
         return done(status);
       },

@@ -1,7 +1,17 @@
 // QWZDateTimeConvert (a change of representation that never shifts a value
 // between zones) and QWZDateTimeCompare (zoned values ordered by their UTC
 // instant, through copies that are always freed).
-#include "date_datetime_interval/internal.h"
+#include "date_datetime_interval/datetime.h"
+#include "date_datetime_interval/datetime_arith.h"
+#include "date_datetime_interval/datetime_compare.h"
+#include "date_datetime_interval/datetime_record.h"
+#include "date_datetime_interval/diagnostics.h"
+#include "date_datetime_interval/frame.h"
+#include "date_datetime_interval/nested.h"
+#include "errors/errors.h"
+#include "handles/handles.h"
+
+#include <qwz/qwz.h>
 
 namespace {
 
@@ -136,7 +146,7 @@ QWZ_API sword QWZDateTimeCompare(void *hndl, QWZError *errhp, const QWZDateTime 
         const QWZDateTime *operands[2] = {date1, date2};
         for (ub2 i = 0; i < 2; ++i) {
           ub4 flags = 0;
-          if (const sword r = QWZDateTimeCheck(hndl, errhp, operands[i], &flags)) return refuse(r);
+          if (const sword r = qwz::nested_datetime_check(hndl, errhp, operands[i], &flags)) return refuse(r);
           if (flags != 0)
             return qwz::datetime_error(errhp, KIND_INVALID_VALUE, DETAIL_DATE_FORMAT,
                                        static_cast<ub2>(3 + i));
@@ -146,12 +156,12 @@ QWZ_API sword QWZDateTimeCompare(void *hndl, QWZError *errhp, const QWZDateTime 
         if (!qwz::datetime_has_zone(date1->hdr.type))
           return done(qwz_datetime_compare(date1, date2, result));
         // Zoned values: compared by their UTC instant; this path has no exit trace.
-        QWZDateTime *u1 = qwz_datetime_2_utc(errhp, const_cast<QWZDateTime *>(date1));
-        QWZDateTime *u2 = qwz_datetime_2_utc(errhp, const_cast<QWZDateTime *>(date2));
-        const sword status = qwz_datetime_compare(u1, u2, result);
-        if (u1) _QWZDateTimeDescriptorFree(u1);
-        if (u2) _QWZDateTimeDescriptorFree(u2);
-        return refuse(status);
+        return refuse(qwz::with_utc_pair(
+            errhp, const_cast<QWZDateTime *>(date1), const_cast<QWZDateTime *>(date2),
+            [](void *r, QWZDateTime *u1, QWZDateTime *u2) {
+              return qwz_datetime_compare(u1, u2, static_cast<sword *>(r));
+            },
+            result));
       },
       hndl, errhp, date1, date2, qwz::or_null_text(result));
 }

@@ -1,6 +1,12 @@
 // QWZDateTimeCheck and QWZDateTimeAssign: the validity flags of a datetime
 // descriptor by its type, and the checked copy between descriptors of one type.
-#include "date_datetime_interval/internal.h"
+#include "date_datetime_interval/datetime_record.h"
+#include "date_datetime_interval/diagnostics.h"
+#include "date_datetime_interval/frame.h"
+#include "date_datetime_interval/nested.h"
+#include "handles/handles.h"
+
+#include <qwz/qwz.h>
 
 namespace {
 
@@ -49,14 +55,7 @@ extern "C" {
 QWZ_API sword QWZDateTimeCheck(void *hndl, QWZError *errhp, const QWZDateTime *date, ub4 *valid) {
   return qwz::run_frame(
       API_DATETIME_CHECK, errhp,
-      [&]() -> Outcome {
-        if (const sword r = qwz::check_context(errhp, hndl)) return refuse(r);
-        if (const sword r = qwz::check_datetime_param(errhp, date, 3)) return refuse(r);
-        if (!valid) return datetime_error(errhp, KIND_NULL_PARAM, 2, 4);
-        // An invalid value is reported through the flags only.
-        *valid = qwz::datetime_flags(date);
-        return done(0);
-      },
+      [&] { return qwz::datetime_check_work(hndl, errhp, date, valid); },
       hndl, errhp, date, valid);
 }
 
@@ -64,26 +63,7 @@ QWZ_API sword QWZDateTimeAssign(void *hndl, QWZError *errhp, const QWZDateTime *
                                 QWZDateTime *to) {
   return qwz::run_frame(
       API_DATETIME_ASSIGN, errhp,
-      [&]() -> Outcome {
-        if (const sword r = qwz::check_context(errhp, hndl)) return refuse(r);
-        // Either descriptor failing prints parameter 4.
-        for (const void *d : {static_cast<const void *>(from), static_cast<const void *>(to)})
-          if (const sword r = qwz::check_datetime_param(errhp, d, 4, 2)) return refuse(r);
-        if (from->hdr.type != to->hdr.type) return datetime_error(errhp, KIND_TYPE_DIFF, 3, 4);
-        ub4 flags = 0;
-        if (const sword r = QWZDateTimeCheck(hndl, errhp, from, &flags)) return refuse(r);
-        if (flags != 0) return datetime_error(errhp, KIND_INVALID_VALUE, DETAIL_DATE_FORMAT, 3);
-        to->year = from->year;
-        to->month = from->month;
-        to->day = from->day;
-        to->hour = from->hour;
-        to->minute = from->minute;
-        to->second = from->second;
-        to->fraction = from->fraction;
-        to->tz_hour = from->tz_hour;
-        to->tz_minute = from->tz_minute;
-        return done(0);
-      },
+      [&] { return qwz::datetime_assign_work(hndl, errhp, from, to); },
       hndl, errhp, from, to);
 }
 

@@ -70,19 +70,35 @@ inline sword trace_call(QWZError *errhp, sword status, ub4 direction, ub4 api_id
   return trace_words(errhp, status, direction, api_id, w, std::make_index_sequence<kTraceWords>{});
 }
 
+// The trace calls sit out of line, behind a branch on qwz_trace_flag that is
+// predicted "off": with tracing off the frame costs the two flag reads, the
+// inline test of the error handle and the test for a diagnostic to clear.
+template <class... Traced>
+[[gnu::noinline, gnu::cold]] sword trace_cold(QWZError *errhp, sword status, ub4 direction,
+                                              ub4 api_id, Traced... traced) noexcept {
+  return trace_call(errhp, status, direction, api_id, traced...);
+}
+
+// clear_err_msg, skipped when the error handle holds no diagnostic (then
+// there is nothing for it to change).
+inline void clear_diagnostic(QWZError *errhp) {
+  if (errhp->number != 0 || errhp->message[0] != '\0' || errhp->state[0] != '\0')
+    clear_err_msg(errhp);
+}
+
 template <class Body, class... Traced>
 inline sword run_frame(ub4 api_id, QWZError *errhp, Body &&body, Traced... traced) noexcept {
-  if (qwz_trace_flag) {
-    const sword t = trace_call(errhp, 0, 1, api_id, traced...);
+  if (qwz_trace_flag) [[unlikely]] {
+    const sword t = trace_cold(errhp, 0, 1, api_id, traced...);
     if (t != 0) return t;
   }
-  const sword v = qwz_validate_handle(errhp, QWZ_HTYPE_ERROR);
-  if (v != 0) return v;
-  clear_err_msg(errhp);
+  const sword v = qwz_handle_check(errhp, QWZ_HTYPE_ERROR);
+  if (v != 0) [[unlikely]] return v;
+  clear_diagnostic(errhp);
   const Outcome out = body();
   if (!out.reached_work) return out.status;
-  if (qwz_trace_flag) {
-    const sword t = trace_call(errhp, out.status, 0, api_id, traced...);
+  if (qwz_trace_flag) [[unlikely]] {
+    const sword t = trace_cold(errhp, out.status, 0, api_id, traced...);
     if (t != 0) return t;
   }
   return out.status;
@@ -95,16 +111,16 @@ inline constexpr const char kInvalidHandleText[] = "Invalid handle.";
 // (type 1), else a session (type 9). Returns 0, or the type-9 validator's
 // result after writing "Invalid handle.".
 inline sword check_context(QWZError *errhp, const void *hndl) {
-  if (qwz_validate_handle(hndl, QWZ_HTYPE_ENV) == 0) return 0;
-  const sword r = qwz_validate_handle(hndl, QWZ_HTYPE_SESSION);
+  if (qwz_handle_check(hndl, QWZ_HTYPE_ENV) == 0) [[likely]] return 0;
+  const sword r = qwz_handle_check(hndl, QWZ_HTYPE_SESSION);
   if (r != 0) _QWZSetFrontEndErrorHandle(errhp, kInvalidHandleText, kInvalidHandleNumber);
   return r;
 }
 
 // Descriptor checks: 0, or the validator's result after "Invalid handle.".
 inline sword check_datetime(QWZError *errhp, const void *d) {
-  const sword r = qwz_validate_datetime_handle(d);
-  if (r != 0) _QWZSetFrontEndErrorHandle(errhp, kInvalidHandleText, kInvalidHandleNumber);
+  const sword r = qwz_datetime_handle_check(d);
+  if (r != 0) [[unlikely]] _QWZSetFrontEndErrorHandle(errhp, kInvalidHandleText, kInvalidHandleNumber);
   return r;
 }
 // A datetime descriptor that several functions refuse through the datetime
@@ -114,13 +130,13 @@ inline sword check_datetime(QWZError *errhp, const void *d) {
 inline constexpr sb4 kDatetimeParamDetail = 8;
 inline sword check_datetime_param(QWZError *errhp, const void *d, ub2 param_no,
                                   sb4 detail = kDatetimeParamDetail) {
-  const sword r = qwz_validate_datetime_handle(d);
-  if (r != 0) _QWZSetDateTimeErrorMsg(ERRSRC_DRIVER, KIND_NULL_PARAM, detail, param_no, errhp, "");
+  const sword r = qwz_datetime_handle_check(d);
+  if (r != 0) [[unlikely]] _QWZSetDateTimeErrorMsg(ERRSRC_DRIVER, KIND_NULL_PARAM, detail, param_no, errhp, "");
   return r;
 }
 inline sword check_interval(QWZError *errhp, const void *d) {
-  const sword r = qwz_validate_interval_handle(d);
-  if (r != 0) _QWZSetFrontEndErrorHandle(errhp, kInvalidHandleText, kInvalidHandleNumber);
+  const sword r = qwz_interval_handle_check(d);
+  if (r != 0) [[unlikely]] _QWZSetFrontEndErrorHandle(errhp, kInvalidHandleText, kInvalidHandleNumber);
   return r;
 }
 

@@ -1,6 +1,13 @@
 // Interval descriptors: the normaliser, setting and reading fields, the
 // validity check and the checked copy, comparison, addition and subtraction.
-#include "date_datetime_interval/internal.h"
+#include "date_datetime_interval/diagnostics.h"
+#include "date_datetime_interval/frame.h"
+#include "date_datetime_interval/interval.h"
+#include "date_datetime_interval/nested.h"
+#include "errors/errors.h"
+#include "handles/handles.h"
+
+#include <qwz/qwz.h>
 
 namespace {
 
@@ -32,14 +39,6 @@ constexpr sb4 kTypeDiffDetail = 3;
 
 constexpr sb4 kValueAddressNumber = 800036;
 constexpr const char kValueAddressText[] = "the value address could not be null.";
-
-// A descriptor of exactly this kind, else "Invalid handle." and the
-// validator's result.
-sword check_kind(QWZError *errhp, const QWZInterval *iv, ub4 kind) {
-  const sword r = qwz_validate_handle(iv, kind);
-  if (r != 0) _QWZSetFrontEndErrorHandle(errhp, qwz::kInvalidHandleText, qwz::kInvalidHandleNumber);
-  return r;
-}
 
 // A field's accepted magnitude per flag; the leading field has none.
 struct FieldLimit {
@@ -90,7 +89,7 @@ namespace qwz {
 
 bool interval_invalid(void *hndl, QWZError *errhp, const QWZInterval *iv) {
   ub4 flags = 0;
-  return QWZIntervalCheck(hndl, errhp, iv, &flags) != 0 || flags != 0;
+  return nested_interval_check(hndl, errhp, iv, &flags) != 0 || flags != 0;
 }
 
 ub4 interval_flags(const QWZInterval *iv) {
@@ -167,7 +166,7 @@ QWZ_API sword QWZIntervalSetYearMonth(void *hndl, QWZError *errhp, sb4 yr, sb4 m
       API_INTERVAL_SET_YEAR_MONTH, errhp,
       [&]() -> Outcome {
         if (const sword r = qwz::check_context(errhp, hndl)) return refuse(r);
-        if (const sword r = check_kind(errhp, result, INTERVAL_KIND_YM)) return refuse(r);
+        if (const sword r = qwz::check_interval_kind(errhp, result, INTERVAL_KIND_YM)) return refuse(r);
         // Stored as given: 13 months stays 13 months.
         result->slot[QWZ_IV_YEAR] = yr;
         result->slot[QWZ_IV_MONTH] = mnth;
@@ -180,15 +179,8 @@ QWZ_API sword QWZIntervalSetDaySecond(void *hndl, QWZError *errhp, sb4 dy, sb4 h
                                       sb4 ss, sb4 fsec, QWZInterval *result) {
   return qwz::run_frame(
       API_INTERVAL_SET_DAY_SECOND, errhp,
-      [&]() -> Outcome {
-        if (const sword r = qwz::check_context(errhp, hndl)) return refuse(r);
-        if (const sword r = check_kind(errhp, result, INTERVAL_KIND_DS)) return refuse(r);
-        result->slot[QWZ_IV_DAY] = dy;
-        result->slot[QWZ_IV_HOUR] = hr;
-        result->slot[QWZ_IV_MINUTE] = mm;
-        result->slot[QWZ_IV_SECOND] = ss;
-        result->slot[QWZ_IV_FRACTION] = fsec;
-        return done(0);
+      [&] {
+        return qwz::interval_set_day_second_work(hndl, errhp, dy, hr, mm, ss, fsec, result);
       },
       hndl, errhp, dy, hr, mm, ss, fsec, result);
 }
@@ -199,7 +191,7 @@ QWZ_API sword QWZIntervalGetYearMonth(void *hndl, QWZError *errhp, sb4 *yr, sb4 
       API_INTERVAL_GET_YEAR_MONTH, errhp,
       [&]() -> Outcome {
         if (const sword r = qwz::check_context(errhp, hndl)) return refuse(r);
-        if (const sword r = check_kind(errhp, interval, INTERVAL_KIND_YM)) return refuse(r);
+        if (const sword r = qwz::check_interval_kind(errhp, interval, INTERVAL_KIND_YM)) return refuse(r);
         if (!yr || !mnth) return front_end_error(errhp, kValueAddressText, kValueAddressNumber);
         *yr = interval->slot[QWZ_IV_YEAR];
         *mnth = interval->slot[QWZ_IV_MONTH];
@@ -216,7 +208,7 @@ QWZ_API sword QWZIntervalGetDaySecond(void *hndl, QWZError *errhp, sb4 *dy, sb4 
       API_INTERVAL_GET_DAY_SECOND, errhp,
       [&]() -> Outcome {
         if (const sword r = qwz::check_context(errhp, hndl)) return refuse(r);
-        if (const sword r = check_kind(errhp, interval, INTERVAL_KIND_DS)) return refuse(r);
+        if (const sword r = qwz::check_interval_kind(errhp, interval, INTERVAL_KIND_DS)) return refuse(r);
         if (!dy || !hr || !mm || !ss || !fsec)
           return front_end_error(errhp, kValueAddressText, kValueAddressNumber);
         *dy = interval->slot[QWZ_IV_DAY];
@@ -234,15 +226,7 @@ QWZ_API sword QWZIntervalCheck(void *hndl, QWZError *errhp, const QWZInterval *i
                                ub4 *valid) {
   return qwz::run_frame(
       API_INTERVAL_CHECK, errhp,
-      [&]() -> Outcome {
-        if (const sword r = qwz::check_context(errhp, hndl)) return refuse(r);
-        if (const sword r = qwz::check_interval(errhp, interval)) return refuse(r);
-        if (!valid) return interval_error(errhp, KIND_NULL_PARAM, kFlagsPtr, 4);
-        // An invalid value is reported through the flags only.
-        *valid = 0;
-        *valid |= qwz::interval_flags(interval);
-        return done(0);
-      },
+      [&] { return qwz::interval_check_work(hndl, errhp, interval, valid); },
       hndl, errhp, interval, qwz::or_null_text(valid));
 }
 

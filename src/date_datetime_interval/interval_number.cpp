@@ -1,7 +1,16 @@
 // QWZIntervalMultiply, QWZIntervalDivide, QWZIntervalFromNumber and
 // QWZIntervalToNumber, with the conversions between a descriptor and the
 // numeric runtime's interval value that the scaling goes through.
-#include "date_datetime_interval/internal.h"
+#include "date_datetime_interval/diagnostics.h"
+#include "date_datetime_interval/frame.h"
+#include "date_datetime_interval/interval.h"
+#include "date_datetime_interval/interval_number.h"
+#include "errors/errors.h"
+#include "handles/handles.h"
+#include "number/number.h"
+#include "runtime/runtime.h"
+
+#include <qwz/qwz.h>
 
 #include <cmath>
 #include <cstdio>

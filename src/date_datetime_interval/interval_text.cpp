@@ -1,11 +1,16 @@
 // QWZIntervalToText and QWZIntervalFromText, with the two scanners that
 // take a text apart into digit groups and the writer of both shapes.
-#include "date_datetime_interval/internal.h"
+#include "date_datetime_interval/diagnostics.h"
+#include "date_datetime_interval/frame.h"
+#include "date_datetime_interval/interval.h"
+#include "date_datetime_interval/interval_text.h"
+#include "errors/errors.h"
+#include "handles/handles.h"
+
+#include <qwz/qwz.h>
 
 #include <algorithm>
-#include <cmath>
 #include <cstdint>
-#include <cstdio>
 #include <cstring>
 
 namespace {
@@ -63,6 +68,7 @@ std::int64_t group_value(const char *digits) {
 void take_group(const char **p, char *group, bool &has_digits) {
   char *d = group;
   copydigit(p, &d, group + QWZ_INTERVAL_DIGITS_SIZE);
+  *d = '\0';  // copydigit always leaves the buffer's last byte free
   has_digits = true;
 }
 
@@ -111,10 +117,6 @@ sb4 store_groups(const char (&digits)[N][QWZ_INTERVAL_DIGITS_SIZE], const FieldR
 
 // ---- writing ---------------------------------------------------------------
 
-// Room for any text the writer can produce, whatever the precisions given
-// to interval_to_text directly (widths up to 255 each).
-constexpr std::size_t kTextRoom = 640;
-
 unsigned decimal_digits(ub4 v) {
   unsigned n = 1;
   while (v >= 10) {
@@ -124,42 +126,82 @@ unsigned decimal_digits(ub4 v) {
   return n;
 }
 
+constexpr ub4 kPowersOfTen[10] = {1,      10,      100,      1000,      10000,
+                                  100000, 1000000, 10000000, 100000000, 1000000000};
+
 // The fraction as printed: its leading fsprec digits when it has at least
 // that many, else its own value; as a magnitude (the sign goes in front).
 ub4 printed_fraction(sb4 fraction, ub1 fsprec) {
   const ub4 mag = qwz::magnitude(fraction);
   const unsigned n = decimal_digits(mag);
   if (fsprec > n) return mag;
-  const double scaled = static_cast<double>(mag) / std::pow(10.0, static_cast<double>(n - fsprec));
-  return static_cast<ub4>(scaled);  // truncates toward zero
+  return mag / kPowersOfTen[n - fsprec];  // truncates toward zero
 }
 
-// Formats into out (kTextRoom bytes); returns the length, or 0 for a kind
-// that has no text.
+// Writes v in decimal with at least `width` digits (zeros in front);
+// returns the end.
+char *put_unsigned(char *p, ub4 v, int width) {
+  char digits[10];
+  int n = 0;
+  do {
+    digits[n++] = static_cast<char>('0' + v % 10);
+    v /= 10;
+  } while (v != 0);
+  for (int i = n; i < width; ++i) *p++ = '0';
+  while (n > 0) *p++ = digits[--n];
+  return p;
+}
+
+// Two digits for the values 0..99, else all of its digits.
+char *put_two(char *p, ub4 v) {
+  if (v < 100) {
+    p[0] = static_cast<char>('0' + v / 10);
+    p[1] = static_cast<char>('0' + v % 10);
+    return p + 2;
+  }
+  return put_unsigned(p, v, 2);
+}
+
+// Formats into out (at most 545 bytes, at widths up to 255); returns the length, or 0 for a kind
+// that has no text. Shapes: "<sign><leading>-<MM>" and
+// "<sign><leading> <HH>:<MI>:<SS>[.<fraction>]", the leading field zero-filled
+// to lfprec digits and the fraction to fsprec.
 int format_interval(const QWZInterval *iv, ub1 lfprec, ub1 fsprec, char *out) {
   const sb4 *s = iv->slot;
   const int lf = lfprec;
   // Magnitudes print as unsigned numbers, so the most negative value needs
   // no negation and prints its ten digits.
   auto mag = [s](int slot) { return qwz::magnitude(s[slot]); };
+  char *p = out;
   if (iv->hdr.type == INTERVAL_KIND_YM) {
     const bool positive = s[QWZ_IV_YEAR] >= 0 && s[QWZ_IV_MONTH] >= 0;
-    return std::snprintf(out, kTextRoom, "%c%0*u-%02u", positive ? '+' : '-', lf, mag(QWZ_IV_YEAR),
-                         mag(QWZ_IV_MONTH));
+    *p++ = positive ? '+' : '-';
+    p = put_unsigned(p, mag(QWZ_IV_YEAR), lf);
+    *p++ = '-';
+    p = put_two(p, mag(QWZ_IV_MONTH));
+    return static_cast<int>(p - out);
   }
   if (iv->hdr.type != INTERVAL_KIND_DS) return 0;
+  bool positive = true;
   if (fsprec == 0) {
     // '+' only when every field, the unprinted fraction too, is above zero.
-    bool positive = true;
     for (int i = QWZ_IV_DAY; i <= QWZ_IV_FRACTION; ++i) positive = positive && s[i] > 0;
-    return std::snprintf(out, kTextRoom, "%c%0*u %02u:%02u:%02u", positive ? '+' : '-', lf,
-                         mag(QWZ_IV_DAY), mag(QWZ_IV_HOUR), mag(QWZ_IV_MINUTE), mag(QWZ_IV_SECOND));
+  } else {
+    for (int i = QWZ_IV_DAY; i <= QWZ_IV_FRACTION; ++i) positive = positive && s[i] >= 0;
   }
-  bool positive = true;
-  for (int i = QWZ_IV_DAY; i <= QWZ_IV_FRACTION; ++i) positive = positive && s[i] >= 0;
-  return std::snprintf(out, kTextRoom, "%c%0*u %02u:%02u:%02u.%0*u", positive ? '+' : '-', lf,
-                       mag(QWZ_IV_DAY), mag(QWZ_IV_HOUR), mag(QWZ_IV_MINUTE), mag(QWZ_IV_SECOND),
-                       static_cast<int>(fsprec), printed_fraction(s[QWZ_IV_FRACTION], fsprec));
+  *p++ = positive ? '+' : '-';
+  p = put_unsigned(p, mag(QWZ_IV_DAY), lf);
+  *p++ = ' ';
+  p = put_two(p, mag(QWZ_IV_HOUR));
+  *p++ = ':';
+  p = put_two(p, mag(QWZ_IV_MINUTE));
+  *p++ = ':';
+  p = put_two(p, mag(QWZ_IV_SECOND));
+  if (fsprec != 0) {
+    *p++ = '.';
+    p = put_unsigned(p, printed_fraction(s[QWZ_IV_FRACTION], fsprec), fsprec);
+  }
+  return static_cast<int>(p - out);
 }
 
 }  // namespace
@@ -292,13 +334,17 @@ sb4 interval_from_text(const QWZText *text, std::size_t /*length: read to the NU
   const char *s = reinterpret_cast<const char *>(text);
   sword negative = 0;
   if (result->hdr.type == INTERVAL_KIND_YM) {
-    char digits[kYmGroups][QWZ_INTERVAL_DIGITS_SIZE] = {};
+    // Each buffer is only read up to its NUL, and a group is copied at most
+    // once (and terminated): a leading NUL is all an absent group needs.
+    char digits[kYmGroups][QWZ_INTERVAL_DIGITS_SIZE];
+    for (auto &g : digits) g[0] = '\0';
     if (parse_input_with_ym_format(s, digits[kYear], digits[kMonth], &negative) != 0)
       return QWZ_IVTEXT_LITERAL_INVALID;
     return store_groups(digits, kYmRanges, negative != 0, result);
   }
   if (result->hdr.type == INTERVAL_KIND_DS) {
-    char digits[kDsGroups][QWZ_INTERVAL_DIGITS_SIZE] = {};
+    char digits[kDsGroups][QWZ_INTERVAL_DIGITS_SIZE];
+    for (auto &g : digits) g[0] = '\0';
     if (parse_input_with_ds_format(s, digits[kDay], digits[kHour], digits[kMinute],
                                    digits[kSecond], digits[kFraction], &negative) != 0)
       return QWZ_IVTEXT_LITERAL_INVALID;
@@ -320,12 +366,11 @@ sword interval_to_text(const QWZInterval *interval, ub1 lfprec, ub1 fsprec, QWZt
   // The text is written whole: buf_size bounds only what the buffer held
   // before, so the caller's buffer must have room for the longest text
   // (QWZ_INTERVAL_DS_TEXT_MAX + 1 bytes at the clamped precisions).
-  char text[kTextRoom];
-  const int n = format_interval(interval, lfprec, fsprec, text);
-  const std::size_t len = std::min(static_cast<std::size_t>(n > 0 ? n : 0), kTextRoom - 1);
-  std::memcpy(out, text, len);
+  // The writer puts no NUL inside the text, so its length is the result's.
+  const int n = format_interval(interval, lfprec, fsprec, out);
+  const std::size_t len = static_cast<std::size_t>(n > 0 ? n : 0);
   out[len] = '\0';
-  *resultlen = std::strlen(out);
+  *resultlen = len;
   return 0;
 }
 

@@ -7,7 +7,17 @@
 // characters, what a work buffer holds). The given length never extends a
 // text past its NUL, so the public functions' lowering of the lengths to
 // the texts' own changes nothing and is not repeated here.
-#include "date_datetime_interval/internal.h"
+#include "date_datetime_interval/calendar.h"
+#include "date_datetime_interval/datetime_record.h"
+#include "date_datetime_interval/diagnostics.h"
+#include "date_datetime_interval/format_model.h"
+#include "date_datetime_interval/frame.h"
+#include "date_datetime_interval/nested.h"
+#include "date_datetime_interval/text_in.h"
+#include "errors/errors.h"
+#include "handles/handles.h"
+
+#include <qwz/qwz.h>
 
 #include <cstddef>
 #include <cstdint>
@@ -493,7 +503,7 @@ QWZ_API sword QWZDateTimeFromText(void *hndl, QWZError *errhp, QWZText *date_str
         if (datetime_from_text(errhp, date_str, dstr_length, fmt, fmt_length, datetime) == -1)
           return done(QWZ_ERROR);
         ub4 valid = 0;
-        const sword status = QWZDateTimeCheck(hndl, errhp, datetime, &valid);
+        const sword status = qwz::nested_datetime_check(hndl, errhp, datetime, &valid);
         if (valid != 0)
           return done(
               datetime_error(errhp, KIND_INVALID_VALUE, DETAIL_DATE_FORMAT, 3).status);

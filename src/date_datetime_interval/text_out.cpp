@@ -7,7 +7,16 @@
 // formatter ever reads from month to second and from the zone; a year text
 // that fills its whole slot has no terminator, reads as too wide and fails
 // both year keywords, as any year of six characters must.
-#include "date_datetime_interval/internal.h"
+#include "date_datetime_interval/calendar.h"
+#include "date_datetime_interval/datetime_record.h"
+#include "date_datetime_interval/diagnostics.h"
+#include "date_datetime_interval/format_model.h"
+#include "date_datetime_interval/frame.h"
+#include "date_datetime_interval/nested.h"
+#include "date_datetime_interval/text_out.h"
+#include "handles/handles.h"
+
+#include <qwz/qwz.h>
 
 #include <cstdint>
 #include <cstring>
@@ -319,7 +328,7 @@ QWZ_API sword QWZDateTimeToText(void *hndl, QWZError *errhp, const QWZDateTime *
         ub4 valid = 0;
         // A failing check call (its own trace refusing it) ends the call
         // with its status, through the exit trace.
-        if (const sword r = QWZDateTimeCheck(hndl, errhp, date, &valid)) return done(r);
+        if (const sword r = qwz::nested_datetime_check(hndl, errhp, date, &valid)) return done(r);
         if (valid != 0) return datetime_error(errhp, KIND_INVALID_VALUE, DETAIL_DATE_FORMAT, 3);
         // The format length is not lowered here: the shared entry cuts the
         // trimmed format at it.

@@ -96,8 +96,8 @@ void slot_free(void *slot, std::size_t bytes) {
 std::atomic<long> g_live_descriptors{0};
 
 // ---- type table ------------------------------------------------------------
-bool is_datetime_type(ub4 t) { return t >= DATETIME_KIND_DATE && t <= DATETIME_KIND_TIMESTAMP_LTZ; }
-bool is_interval_type(ub4 t) { return t == INTERVAL_KIND_YM || t == INTERVAL_KIND_DS; }
+bool is_datetime_type(ub4 t) { return qwz_is_datetime_type(t); }
+bool is_interval_type(ub4 t) { return qwz_is_interval_type(t); }
 bool is_descriptor_type(ub4 t) { return is_datetime_type(t) || is_interval_type(t); }
 
 std::size_t object_size(ub4 type) {
@@ -112,12 +112,7 @@ std::size_t object_size(ub4 type) {
   }
 }
 
-const qwz_handle_header *live_header(const void *h) {
-  if (h == nullptr || reinterpret_cast<std::uintptr_t>(h) % alignof(qwz_handle_header) != 0)
-    return nullptr;
-  const auto *hdr = static_cast<const qwz_handle_header *>(h);
-  return hdr->live == QWZ_LIVE_MARK ? hdr : nullptr;
-}
+const qwz_handle_header *live_header(const void *h) { return qwz_live_header(h); }
 
 QWZEnv *live_env(const void *h) {
   const qwz_handle_header *hdr = live_header(h);
@@ -240,19 +235,14 @@ QWZ_API sword QWZDescriptorFree(void *descp, ub4 type) {
   return QWZ_SUCCESS;
 }
 
-sword qwz_validate_handle(const void *handle, ub4 type) {
-  const qwz_handle_header *hdr = live_header(handle);
-  return (hdr && hdr->type == type) ? 0 : QWZ_INVALID_HANDLE;
-}
+sword qwz_validate_handle(const void *handle, ub4 type) { return qwz_handle_check(handle, type); }
 
 sword qwz_validate_datetime_handle(const void *descriptor) {
-  const qwz_handle_header *hdr = live_header(descriptor);
-  return (hdr && is_datetime_type(hdr->type)) ? 0 : QWZ_INVALID_HANDLE;
+  return qwz_datetime_handle_check(descriptor);
 }
 
 sword qwz_validate_interval_handle(const void *descriptor) {
-  const qwz_handle_header *hdr = live_header(descriptor);
-  return (hdr && is_interval_type(hdr->type)) ? 0 : QWZ_INVALID_HANDLE;
+  return qwz_interval_handle_check(descriptor);
 }
 
 QWZDateTime *qwz_datetime_descriptor_alloc(QWZEnv *env, ub2 type) {

@@ -11,6 +11,7 @@
 #include <qwz/qwz.h>
 
 #include <cstddef>
+#include <cstdint>
 
 #ifndef QWZ_INTERNAL
 #define QWZ_INTERNAL __attribute__((visibility("hidden")))
@@ -72,6 +73,37 @@ struct QWZInterval {
   qwz_handle_header hdr;
   sb4 slot[5];
 };
+
+// The tests behind the validators below, inline so that the call frame of
+// every public function can run them without a call: a live header is a
+// non-NULL, suitably aligned pointer whose first word is the live marker.
+// Slots are never handed back to the C library, so reading the marker of a
+// stale handle reads memory of ours.
+inline const qwz_handle_header *qwz_live_header(const void *h) {
+  if (h == nullptr ||
+      reinterpret_cast<std::uintptr_t>(h) % alignof(qwz_handle_header) != 0)
+    return nullptr;
+  const auto *hdr = static_cast<const qwz_handle_header *>(h);
+  return hdr->live == QWZ_LIVE_MARK ? hdr : nullptr;
+}
+inline bool qwz_is_datetime_type(ub4 t) {
+  return t >= DATETIME_KIND_DATE && t <= DATETIME_KIND_TIMESTAMP_LTZ;
+}
+inline bool qwz_is_interval_type(ub4 t) {
+  return t == INTERVAL_KIND_YM || t == INTERVAL_KIND_DS;
+}
+inline sword qwz_handle_check(const void *handle, ub4 type) {
+  const qwz_handle_header *hdr = qwz_live_header(handle);
+  return (hdr && hdr->type == type) ? 0 : QWZ_INVALID_HANDLE;
+}
+inline sword qwz_datetime_handle_check(const void *descriptor) {
+  const qwz_handle_header *hdr = qwz_live_header(descriptor);
+  return (hdr && qwz_is_datetime_type(hdr->type)) ? 0 : QWZ_INVALID_HANDLE;
+}
+inline sword qwz_interval_handle_check(const void *descriptor) {
+  const qwz_handle_header *hdr = qwz_live_header(descriptor);
+  return (hdr && qwz_is_interval_type(hdr->type)) ? 0 : QWZ_INVALID_HANDLE;
+}
 
 extern "C" {
 
