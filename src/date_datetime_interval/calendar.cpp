@@ -3,6 +3,8 @@
 // results follow the C library's view of that zone (see the bridge below).
 #include "date_datetime_interval/calendar.h"
 
+#include "zone/zone.h"
+
 #include <cstdint>
 #include <cstring>
 
@@ -33,11 +35,15 @@ struct tm date_to_tm(const QWZDate *date) {
   return t;
 }
 
-time_t tm_to_seconds(struct tm *tmv) { return mktime(tmv); }
+time_t tm_to_seconds(struct tm *tmv) { return zone::to_seconds(tmv); }
 
 void seconds_to_tm(time_t seconds, struct tm *out) {
-  if (localtime_r(&seconds, out) == nullptr) std::memset(out, 0, sizeof *out);
+  if (!zone::to_local(seconds, out)) std::memset(out, 0, sizeof *out);
 }
+
+bool local_time(time_t seconds, struct tm *out) { return zone::to_local(seconds, out); }
+
+long local_standard_offset() { return zone::standard_offset(); }
 
 void tm_to_date(const struct tm *t, QWZDate *date) {
   date->year = static_cast<sb2>(static_cast<ub2>(t->tm_year + 1900));
@@ -54,10 +60,7 @@ void seconds_to_date(time_t seconds, QWZDate *date) {
   tm_to_date(&t, date);
 }
 
-void local_now(struct tm *out) {
-  tzset();  // localtime_r need not read the zone setting itself
-  seconds_to_tm(time(nullptr), out);
-}
+void local_now(struct tm *out) { seconds_to_tm(time(nullptr), out); }
 
 }  // namespace qwz
 
