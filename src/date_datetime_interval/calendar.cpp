@@ -91,12 +91,14 @@ sword date_check(QWZError *, const QWZDate *date, uword *flags) {
 }
 
 sword date_add_days(QWZError *, const QWZDate *date, sb4 days, QWZDate *result) {
+  const qwz::LocalTimeScope scope;
   const time_t s = qwz::date_to_seconds(date) + day_product(days);
   qwz::seconds_to_date(s, result);
   return 0;
 }
 
 sword date_add_months(QWZError *, const QWZDate *date, sb4 months, QWZDate *result) {
+  const qwz::LocalTimeScope scope;
   // mktime would carry month overflow into the year; carrying it here first
   // keeps tm_mon within int for any sb4 count.
   struct tm t = qwz::date_to_tm(date);
@@ -120,6 +122,7 @@ sword date_add_months(QWZError *, const QWZDate *date, sb4 months, QWZDate *resu
 }
 
 sword date_compare(QWZError *, const QWZDate *date1, const QWZDate *date2, sword *result) {
+  const qwz::LocalTimeScope scope;
   const std::int64_t a = qwz::date_to_seconds(date1);
   const std::int64_t b = qwz::date_to_seconds(date2);
   *result = a > b ? 1 : (a == b ? 0 : -1);
@@ -127,6 +130,7 @@ sword date_compare(QWZError *, const QWZDate *date1, const QWZDate *date2, sword
 }
 
 sword date_days_between(QWZError *, const QWZDate *date1, const QWZDate *date2, sb4 *result) {
+  const qwz::LocalTimeScope scope;
   QWZDate a = *date1, b = *date2;
   a.hour = a.minute = a.second = 0;
   b.hour = b.minute = b.second = 0;
@@ -144,6 +148,7 @@ sword date_last_day(QWZError *, const QWZDate *date, QWZDate *result) {
 }
 
 sword date_next_day(QWZError *, const QWZDate *date, ub4 weekday, QWZDate *result) {
+  const qwz::LocalTimeScope scope;
   struct tm t = qwz::date_to_tm(date);
   struct tm now;
   qwz::seconds_to_tm(qwz::tm_to_seconds(&t), &now);

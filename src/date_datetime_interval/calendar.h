@@ -4,6 +4,7 @@
 #define QWZ_DDI_CALENDAR_H
 
 #include "handles/handles.h"
+#include "zone/zone.h"
 
 #include <ctime>
 
@@ -45,6 +46,9 @@ namespace qwz {
 // in UTC and zones without summer time the arithmetic is exact.
 // Both directions go through the zone unit (zone/zone.h), which gives the C
 // library's exact answers and falls back to it where it cannot be sure.
+// One reading of the zone setting for every conversion in its scope, as the
+// C library's localtime_r keeps the setting its mktime read.
+using LocalTimeScope = zone::Pin;
 struct tm date_to_tm(const QWZDate *date);
 time_t tm_to_seconds(struct tm *tmv);                 // mktime, normalising *tmv
 void seconds_to_tm(time_t seconds, struct tm *out);   // localtime_r

@@ -5,6 +5,7 @@
 // per second (the unit of QWZDateTimeSysTimeStamp). Year-month intervals move
 // the fields directly (no end-of-month clamping); day-second intervals go
 // through local time (calendar.h), with its summer-time asymmetry.
+#include "date_datetime_interval/calendar.h"
 #include "date_datetime_interval/internal.h"
 
 #include <cstdint>
@@ -78,6 +79,7 @@ void add_day_second(const QWZDateTime *dt, const QWZInterval *inter, QWZDateTime
                              static_cast<std::int64_t>(inter->slot[QWZ_IV_MINUTE]) * 60 +
                              inter->slot[QWZ_IV_SECOND];
   QWZDate moved;
+  const qwz::LocalTimeScope scope;
   qwz::seconds_to_date(static_cast<time_t>(qwz::date_to_seconds(&source) + delta), &moved);
   qwz::set_datetime_date(result, moved);
 }

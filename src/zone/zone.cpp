@@ -161,7 +161,9 @@ const Snapshot *slow_current(const char *tz) {
   return s;
 }
 
-const Snapshot *current() {
+thread_local const Snapshot *t_pinned = nullptr;
+
+const Snapshot *read_setting() {
   const char *tz = std::getenv("TZ");
   const Snapshot *s = g_current.load(std::memory_order_acquire);
   if (s != nullptr && same_key(s, tz) && !s->stale.load(std::memory_order_relaxed)) {
@@ -177,6 +179,11 @@ const Snapshot *current() {
   return slow_current(tz);
 }
 
+const Snapshot *current() {
+  const Snapshot *p = t_pinned;
+  return p != nullptr ? p : read_setting();
+}
+
 bool library_local(time_t seconds, struct tm *out) {
   count_handover();
   tzset();  // localtime_r need not read the setting itself
@@ -184,6 +191,12 @@ bool library_local(time_t seconds, struct tm *out) {
 }
 
 }  // namespace
+
+Pin::Pin() : previous_(t_pinned) {
+  if (t_pinned == nullptr) t_pinned = read_setting();
+}
+
+Pin::~Pin() { t_pinned = static_cast<const Snapshot *>(previous_); }
 
 time_t to_seconds(struct tm *tmv) {
   const Snapshot *s = current();
@@ -214,6 +227,6 @@ long standard_offset() {
 
 std::uint64_t handovers() { return g_handovers.load(std::memory_order_relaxed); }
 
-bool engine_active() { return current()->engine; }
+bool engine_active() { return read_setting()->engine; }
 
 }  // namespace qwz::zone

@@ -15,9 +15,9 @@
 
 namespace qwz::zone {
 
-// mktime(tmv) for tmv->tm_isdst == 0 (any other flag is handed over): the
-// fields are normalised in place and the instant returned; -1 with *tmv
-// untouched when the C library fails.
+// mktime(tmv) for a daylight flag of 0 or above (a negative flag is handed
+// over): the fields are normalised in place and the instant returned; -1
+// with *tmv untouched when the C library fails.
 time_t to_seconds(struct tm *tmv);
 
 // localtime_r(&seconds, out) after the zone setting is read; false (and *out
@@ -27,6 +27,20 @@ bool to_local(time_t seconds, struct tm *out);
 // The zone's standard offset in seconds east of UTC, as minus the C
 // library's `timezone` gives it after tzset().
 long standard_offset();
+
+// Holds the setting read at construction for every conversion on this
+// thread until destruction, as the C library's localtime_r keeps the setting
+// its mktime read: one reading of TZ per calendar routine. Nests.
+class Pin {
+ public:
+  Pin();
+  ~Pin();
+  Pin(const Pin &) = delete;
+  Pin &operator=(const Pin &) = delete;
+
+ private:
+  const void *previous_;
+};
 
 // How many conversions went to the C library so far (all threads).
 std::uint64_t handovers();

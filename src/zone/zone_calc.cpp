@@ -33,14 +33,15 @@ std::int64_t floor_div(std::int64_t a, std::int64_t b) {
 constexpr std::int64_t kStride = 601200;
 constexpr std::int64_t kMaxSteps = 381;
 
-// Finds the nearest probe showing standard time and gives the instant the
-// fields denote under that probe's offset; with none, the daylight instant
-// found plus one hour.
-void standard_probe(const Zone &z, std::int64_t fields, std::int64_t t, std::int64_t *out) {
+// Finds the nearest probe showing the wanted daylight flag and gives the
+// instant the fields denote under that probe's offset; with none, the
+// instant found moved by one hour towards the wanted flag.
+void flag_probe(const Zone &z, bool want, std::int64_t fields, std::int64_t t,
+                std::int64_t *out) {
   std::int64_t kb = 0, off_b = 0;
   for (std::int64_t k = 1; k <= kMaxSteps;) {
     const Span s = z.lookup(t - k * kStride);
-    if (!s.dst) {
+    if (s.dst == want) {
       kb = k;
       off_b = s.off;
       break;
@@ -52,14 +53,14 @@ void standard_probe(const Zone &z, std::int64_t fields, std::int64_t t, std::int
   const std::int64_t limit = kb ? kb - 1 : kMaxSteps;
   for (std::int64_t k = 1; k <= limit;) {
     const Span s = z.lookup(t + k * kStride);
-    if (!s.dst) {
+    if (s.dst == want) {
       *out = fields - s.off;
       return;
     }
     if (s.hi == kPosInf) break;
     k = std::max(k + 1, (s.hi - t + kStride - 1) / kStride);
   }
-  *out = kb ? fields - off_b : t + 3600;
+  *out = kb ? fields - off_b : t + (want ? -3600 : 3600);
 }
 
 constexpr std::int64_t kUnknown = kNegInf;  // a first probe that no later probe repeats
@@ -67,8 +68,8 @@ constexpr std::int64_t kUnknown = kNegInf;  // a first probe that no later probe
 // One run of the C library's search from a given first probe: either the
 // instant `t0` (real) or an instant that repeats no later probe and shows
 // offset `first_off`. True with the instant found.
-bool search(const Zone &z, std::int64_t fields, bool real, std::int64_t t0, std::int64_t first_off,
-            std::int64_t *out) {
+bool search(const Zone &z, bool want, std::int64_t fields, bool real, std::int64_t t0,
+            std::int64_t first_off, std::int64_t *out) {
   std::int64_t t = real ? t0 : kUnknown, t1 = t, t2 = t;
   int remaining = 6;
   bool dst = false;
@@ -84,8 +85,8 @@ bool search(const Zone &z, std::int64_t fields, bool real, std::int64_t t0, std:
     }
     const std::int64_t target = fields - off;
     if (t != kUnknown && target == t) break;
-    // Oscillating across a gap: keep the daylight side.
-    if (t == t1 && t != t2 && dst) {
+    // Oscillating across a gap: keep the side whose flag differs.
+    if (t == t1 && t != t2 && dst != want) {
       *out = t;
       return true;
     }
@@ -94,7 +95,7 @@ bool search(const Zone &z, std::int64_t fields, bool real, std::int64_t t0, std:
     t2 = t;
     t = target;
   }
-  if (dst) standard_probe(z, fields, t, out);
+  if (dst != want) flag_probe(z, want, fields, t, out);
   else *out = t;
   return true;
 }
@@ -103,26 +104,47 @@ bool search(const Zone &z, std::int64_t fields, bool real, std::int64_t t0, std:
 
 bool leap(std::int64_t y) { return y % 4 == 0 && (y % 100 != 0 || y % 400 == 0); }
 
+// Both conversions shift the calendar by 30 eras of 400 years so that the
+// usual range works on unsigned 32-bit values (divisions by constants become
+// multiplications); anything further out takes the signed 64-bit route.
+constexpr std::int64_t kShiftEras = 30;
+
 std::int64_t days_from_civil(std::int64_t y, int m, int d) {
   y -= m <= 2;
+  const std::uint32_t mp = static_cast<std::uint32_t>(m + 9) % 12;
+  const std::uint32_t doy = (153 * mp + 2) / 5 + static_cast<std::uint32_t>(d) - 1;
+  const std::int64_t ys = y + kShiftEras * 400;
+  if (ys >= 0 && ys < 4000000) {
+    const std::uint32_t u = static_cast<std::uint32_t>(ys);
+    const std::uint32_t era = u / 400, yoe = u % 400;
+    const std::uint32_t doe = yoe * 365 + yoe / 4 - yoe / 100 + doy;
+    return static_cast<std::int64_t>(era) * 146097 + doe - 719468 - kShiftEras * 146097;
+  }
   const std::int64_t era = floor_div(y, 400);
   const std::int64_t yoe = y - era * 400;
-  const std::int64_t mp = (m + 9) % 12;
-  const std::int64_t doy = (153 * mp + 2) / 5 + d - 1;
   const std::int64_t doe = yoe * 365 + yoe / 4 - yoe / 100 + doy;
   return era * 146097 + doe - 719468;
 }
 
 void civil_from_days(std::int64_t z, std::int64_t *y, int *m, int *d) {
   z += 719468;
-  const std::int64_t era = floor_div(z, 146097);
-  const std::int64_t doe = z - era * 146097;
-  const std::int64_t yoe = (doe - doe / 1460 + doe / 36524 - doe / 146096) / 365;
-  const std::int64_t doy = doe - (365 * yoe + yoe / 4 - yoe / 100);
-  const std::int64_t mp = (5 * doy + 2) / 153;
+  std::int64_t era, doe;
+  const std::int64_t zs = z + kShiftEras * 146097;
+  if (zs >= 0 && zs < 4000000000) {
+    const std::uint32_t u = static_cast<std::uint32_t>(zs);
+    era = static_cast<std::int64_t>(u / 146097) - kShiftEras;
+    doe = u % 146097;
+  } else {
+    era = floor_div(z, 146097);
+    doe = z - era * 146097;
+  }
+  const std::uint32_t e = static_cast<std::uint32_t>(doe);
+  const std::uint32_t yoe = (e - e / 1460 + e / 36524 - e / 146096) / 365;
+  const std::uint32_t doy = e - (365 * yoe + yoe / 4 - yoe / 100);
+  const std::uint32_t mp = (5 * doy + 2) / 153;
   *d = static_cast<int>(doy - (153 * mp + 2) / 5 + 1);
   *m = static_cast<int>(mp < 10 ? mp + 3 : mp - 9);
-  *y = yoe + era * 400 + (*m <= 2);
+  *y = static_cast<std::int64_t>(yoe) + era * 400 + (*m <= 2);
 }
 
 // The C library places a rule's change relative to 1 January 1970 for every
@@ -229,7 +251,8 @@ bool fill_tm(std::int64_t t, std::int64_t off, bool dst, struct tm *out) {
 }
 
 int emulate_mktime(const Zone &z, struct tm *tmv, std::int64_t *result) {
-  if (tmv->tm_isdst != 0) return 0;
+  if (tmv->tm_isdst < 0) return 0;
+  const bool want = tmv->tm_isdst > 0;
   const int sec_requested = tmv->tm_sec;
   const int mon = tmv->tm_mon;
   const int mon_rem = mon % 12;
@@ -254,7 +277,7 @@ int emulate_mktime(const Zone &z, struct tm *tmv, std::int64_t *result) {
   if (s.lo <= fields - w && fields + w < s.hi) {
     // One offset around the fields: every first guess settles on it.
     t = fields - s.off;
-    if (s.dst) standard_probe(z, fields, t, &t);
+    if (s.dst != want) flag_probe(z, want, fields, t, &t);
   } else {
     // Near a change the answer may depend on the previous call's offset,
     // which the C library keeps to itself: accept only a unanimous answer.
@@ -262,7 +285,7 @@ int emulate_mktime(const Zone &z, struct tm *tmv, std::int64_t *result) {
     for (const std::int64_t o : z.offsets) {
       for (const bool real : {true, false}) {
         std::int64_t r;
-        if (!search(z, fields, real, fields - o, o, &r)) return 0;
+        if (!search(z, want, fields, real, fields - o, o, &r)) return 0;
         if (have && r != t) return 0;
         t = r;
         have = true;

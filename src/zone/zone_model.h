@@ -81,7 +81,7 @@ bool leap(std::int64_t y);
 // when the year falls outside the engine's range.
 bool fill_tm(std::int64_t t, std::int64_t off, bool dst, struct tm *out);
 
-// The mktime search for a daylight flag of 0. Returns 1 with *result and the
+// The mktime search for a daylight flag of 0 or 1. Returns 1 with *result and the
 // normalised *tmv, 0 to hand over.
 int emulate_mktime(const Zone &z, struct tm *tmv, std::int64_t *result);
 

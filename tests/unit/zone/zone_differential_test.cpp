@@ -1,6 +1,7 @@
 // The calendar bridge against the C library in the same process: for zone
 // files, rule strings, TZ unset and TZ empty, generated field sets through
-// mktime (daylight flag 0) and instants through localtime_r must give the
+// mktime (daylight flag 0, and 1 as a second call on normalised fields
+// sees it) and instants through localtime_r must give the
 // same instant, the same fields, weekday, day of year, daylight flag and
 // offset, and the same standard offset. Every zone file under
 // /usr/share/zoneinfo is found at run time; by default a sample of them runs
@@ -77,10 +78,9 @@ struct Checker {
     if (++failures <= 5) ADD_FAILURE() << "TZ=" << zone << ": " << what;
   }
 
-  // mktime with the daylight flag 0 on both sides.
+  // mktime with the caller's daylight flag (0 or 1) on both sides.
   void fields(const struct tm &in) {
     struct tm a = in, b = in;
-    a.tm_isdst = b.tm_isdst = 0;
     const time_t ra = mktime(&a);
     const time_t rb = qwz::tm_to_seconds(&b);
     if (ra != rb || (ra != -1 && !same_tm(a, b)))
@@ -108,6 +108,8 @@ struct Checker {
       struct tm lt;
       if (localtime_r(&t, &lt) == nullptr) continue;
       lt.tm_sec += static_cast<int>(d);
+      fields(lt);  // the flag localtime_r gave, as a second mktime sees it
+      lt.tm_isdst = 0;
       fields(lt);
       lt.tm_hour += 1;
       fields(lt);
@@ -171,7 +173,14 @@ void run_zone(const char *tz, long samples, std::uint64_t seed, bool wide_years 
            std::to_string(std_bridge));
   std::mt19937_64 rng(seed);
   const std::uint64_t before = qwz::zone::handovers();
-  for (long i = 0; i < samples; ++i) c.fields(random_fields(rng, wide_years));
+  for (long i = 0; i < samples; ++i) {
+    struct tm t = random_fields(rng, wide_years);
+    c.fields(t);
+    if (i % 8 == 0) {
+      t.tm_isdst = 1;
+      c.fields(t);
+    }
+  }
   for (const time_t t : library_changes()) c.around(t);
   EXPECT_EQ(c.failures, 0) << "TZ=" << c.zone;
   if (std::getenv("QWZ_ZONE_VERBOSE"))
