@@ -6,7 +6,6 @@
 // from the text itself it is taken with strnlen over the given length, and
 // trimming works inside that window; a text longer than 255 characters after
 // trimming is cut at 255 (text after the last token is ignored anyway).
-#include "date_datetime_interval/calendar.h"
 #include "date_datetime_interval/internal.h"
 
 #include <cstddef>
@@ -81,7 +80,11 @@ bool has_letter(const unsigned char *t, std::size_t n) {
 }
 
 // The current local time, read only when the year or the month is missing.
-bool local_time_now(struct tm *out) { return qwz::local_time(time(nullptr), out); }
+bool local_time_now(struct tm *out) {
+  tzset();
+  const time_t now = time(nullptr);
+  return localtime_r(&now, out) != nullptr;
+}
 
 // Parsing without recording.
 struct NoRecord {
