@@ -3,6 +3,8 @@
 // results follow the C library's view of that zone (see the bridge below).
 #include "date_datetime_interval/calendar.h"
 
+#include "zone/zone.h"
+
 #include <cstdint>
 #include <cstring>
 
@@ -33,11 +35,15 @@ struct tm date_to_tm(const QWZDate *date) {
   return t;
 }
 
-time_t tm_to_seconds(struct tm *tmv) { return mktime(tmv); }
+time_t tm_to_seconds(struct tm *tmv) { return zone::to_seconds(tmv); }
 
 void seconds_to_tm(time_t seconds, struct tm *out) {
-  if (localtime_r(&seconds, out) == nullptr) std::memset(out, 0, sizeof *out);
+  if (!zone::to_local(seconds, out)) std::memset(out, 0, sizeof *out);
 }
+
+bool local_time(time_t seconds, struct tm *out) { return zone::to_local(seconds, out); }
+
+long local_standard_offset() { return zone::standard_offset(); }
 
 void tm_to_date(const struct tm *t, QWZDate *date) {
   date->year = static_cast<sb2>(static_cast<ub2>(t->tm_year + 1900));
@@ -54,10 +60,7 @@ void seconds_to_date(time_t seconds, QWZDate *date) {
   tm_to_date(&t, date);
 }
 
-void local_now(struct tm *out) {
-  tzset();  // localtime_r need not read the zone setting itself
-  seconds_to_tm(time(nullptr), out);
-}
+void local_now(struct tm *out) { seconds_to_tm(time(nullptr), out); }
 
 }  // namespace qwz
 
@@ -88,12 +91,14 @@ sword date_check(QWZError *, const QWZDate *date, uword *flags) {
 }
 
 sword date_add_days(QWZError *, const QWZDate *date, sb4 days, QWZDate *result) {
+  const qwz::LocalTimeScope scope;
   const time_t s = qwz::date_to_seconds(date) + day_product(days);
   qwz::seconds_to_date(s, result);
   return 0;
 }
 
 sword date_add_months(QWZError *, const QWZDate *date, sb4 months, QWZDate *result) {
+  const qwz::LocalTimeScope scope;
   // mktime would carry month overflow into the year; carrying it here first
   // keeps tm_mon within int for any sb4 count.
   struct tm t = qwz::date_to_tm(date);
@@ -117,6 +122,7 @@ sword date_add_months(QWZError *, const QWZDate *date, sb4 months, QWZDate *resu
 }
 
 sword date_compare(QWZError *, const QWZDate *date1, const QWZDate *date2, sword *result) {
+  const qwz::LocalTimeScope scope;
   const std::int64_t a = qwz::date_to_seconds(date1);
   const std::int64_t b = qwz::date_to_seconds(date2);
   *result = a > b ? 1 : (a == b ? 0 : -1);
@@ -124,6 +130,7 @@ sword date_compare(QWZError *, const QWZDate *date1, const QWZDate *date2, sword
 }
 
 sword date_days_between(QWZError *, const QWZDate *date1, const QWZDate *date2, sb4 *result) {
+  const qwz::LocalTimeScope scope;
   QWZDate a = *date1, b = *date2;
   a.hour = a.minute = a.second = 0;
   b.hour = b.minute = b.second = 0;
@@ -141,6 +148,7 @@ sword date_last_day(QWZError *, const QWZDate *date, QWZDate *result) {
 }
 
 sword date_next_day(QWZError *, const QWZDate *date, ub4 weekday, QWZDate *result) {
+  const qwz::LocalTimeScope scope;
   struct tm t = qwz::date_to_tm(date);
   struct tm now;
   qwz::seconds_to_tm(qwz::tm_to_seconds(&t), &now);

@@ -4,6 +4,7 @@
 #define QWZ_DDI_CALENDAR_H
 
 #include "handles/handles.h"
+#include "zone/zone.h"
 
 #include <ctime>
 
@@ -43,6 +44,11 @@ namespace qwz {
 // time at that instant). In a zone with summer time a result that lands in
 // summer therefore shows one hour more than plain field arithmetic gives;
 // in UTC and zones without summer time the arithmetic is exact.
+// Both directions go through the zone unit (zone/zone.h), which gives the C
+// library's exact answers and falls back to it where it cannot be sure.
+// One reading of the zone setting for every conversion in its scope, as the
+// C library's localtime_r keeps the setting its mktime read.
+using LocalTimeScope = zone::Pin;
 struct tm date_to_tm(const QWZDate *date);
 time_t tm_to_seconds(struct tm *tmv);                 // mktime, normalising *tmv
 void seconds_to_tm(time_t seconds, struct tm *out);   // localtime_r
@@ -54,6 +60,11 @@ inline time_t date_to_seconds(const QWZDate *date) {
 void seconds_to_date(time_t seconds, QWZDate *date);
 // The current local time, for functions that need the clock.
 void local_now(struct tm *out);
+// localtime_r's answer; false where it would return NULL.
+bool local_time(time_t seconds, struct tm *out);
+// The zone's standard offset in seconds east of UTC (minus `timezone` after
+// tzset()); summer time never enters it.
+long local_standard_offset();
 
 }  // namespace qwz
 

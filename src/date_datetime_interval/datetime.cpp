@@ -133,9 +133,8 @@ void qwz_setup_locate_date(QWZDateTime *datetime) {
 
 void qwz_setup_local_timezone(QWZDateTime *datetime) {
   if (!datetime) return;
-  tzset();
-  // `timezone` is seconds west of UTC in standard time.
-  const sb4 off = static_cast<sb4>(-timezone);
+  // Seconds east of UTC in standard time (minus the C library's `timezone`).
+  const sb4 off = static_cast<sb4>(qwz::local_standard_offset());
   const sb4 hours = off / 3600;
   datetime->tz_hour = static_cast<sb1>(hours);
   datetime->tz_minute = static_cast<sb1>((off - hours * 3600) / 60);
@@ -296,10 +295,8 @@ QWZ_API sword QWZDateTimeSysTimeStamp(void *hndl, QWZError *errhp, QWZDateTime *
         sys_date->hdr.type = DATETIME_KIND_TIMESTAMP_TZ;
         struct timeval tv;
         if (const int r = gettimeofday(&tv, nullptr)) return refuse(r);
-        tzset();
-        const time_t seconds = tv.tv_sec;
         struct tm now;
-        if (localtime_r(&seconds, &now) == nullptr) std::memset(&now, 0, sizeof now);
+        qwz::seconds_to_tm(static_cast<time_t>(tv.tv_sec), &now);
         sys_date->year = static_cast<sb2>(static_cast<ub2>(now.tm_year + 1900));
         sys_date->month = static_cast<ub2>(now.tm_mon + 1);
         sys_date->day = static_cast<ub2>(now.tm_mday);

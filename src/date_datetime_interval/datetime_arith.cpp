@@ -88,6 +88,7 @@ void add_day_second(const QWZDateTime *dt, const QWZInterval *inter, QWZDateTime
                              static_cast<std::int64_t>(inter->slot[QWZ_IV_MINUTE]) * 60 +
                              inter->slot[QWZ_IV_SECOND];
   QWZDate moved;
+  const qwz::LocalTimeScope scope;
   qwz::seconds_to_date(static_cast<time_t>(qwz::date_to_seconds(&source) + delta), &moved);
   qwz::set_datetime_date(result, moved);
 }

@@ -1,0 +1,305 @@
+// Conversions on a zone description: the offset in force at an instant, the
+// broken-down local time, and the search that turns local fields read as
+// standard time into an instant, step for step as the C library's mktime
+// makes it (the library's search as this system ships it, with the
+// one-hour fallback when no standard time lies near).
+#include "zone/zone_model.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <ctime>
+
+namespace qwz::zone {
+
+namespace {
+
+constexpr std::int64_t kDay = 86400;
+
+// Days before each month (0-based), common and leap years.
+constexpr int kCum[2][13] = {
+    {0, 31, 59, 90, 120, 151, 181, 212, 243, 273, 304, 334, 365},
+    {0, 31, 60, 91, 121, 152, 182, 213, 244, 274, 305, 335, 366}};
+
+std::int64_t floor_div(std::int64_t a, std::int64_t b) {
+  std::int64_t q = a / b;
+  if ((a % b != 0) && ((a < 0) != (b < 0))) --q;
+  return q;
+}
+
+// The probe grid the C library walks, in both directions, when the instant
+// it found shows daylight time and standard time was asked for: steps of a
+// week less an hour, while the step stays below 229,222,804 seconds: 381 of
+// them.
+constexpr std::int64_t kStride = 601200;
+constexpr std::int64_t kMaxSteps = 381;
+
+// Finds the nearest probe showing the wanted daylight flag and gives the
+// instant the fields denote under that probe's offset; with none, the
+// instant found moved by one hour towards the wanted flag.
+void flag_probe(const Zone &z, bool want, std::int64_t fields, std::int64_t t,
+                std::int64_t *out) {
+  std::int64_t kb = 0, off_b = 0;
+  for (std::int64_t k = 1; k <= kMaxSteps;) {
+    const Span s = z.lookup(t - k * kStride);
+    if (s.dst == want) {
+      kb = k;
+      off_b = s.off;
+      break;
+    }
+    if (s.lo == kNegInf) break;
+    k = std::max(k + 1, (t - s.lo) / kStride + 1);
+  }
+  // Forward wins only with strictly fewer steps: backward is tried first.
+  const std::int64_t limit = kb ? kb - 1 : kMaxSteps;
+  for (std::int64_t k = 1; k <= limit;) {
+    const Span s = z.lookup(t + k * kStride);
+    if (s.dst == want) {
+      *out = fields - s.off;
+      return;
+    }
+    if (s.hi == kPosInf) break;
+    k = std::max(k + 1, (s.hi - t + kStride - 1) / kStride);
+  }
+  *out = kb ? fields - off_b : t + (want ? -3600 : 3600);
+}
+
+constexpr std::int64_t kUnknown = kNegInf;  // a first probe that no later probe repeats
+
+// One run of the C library's search from a given first probe: either the
+// instant `t0` (real) or an instant that repeats no later probe and shows
+// offset `first_off`. True with the instant found.
+bool search(const Zone &z, bool want, std::int64_t fields, bool real, std::int64_t t0,
+            std::int64_t first_off, std::int64_t *out) {
+  std::int64_t t = real ? t0 : kUnknown, t1 = t, t2 = t;
+  int remaining = 6;
+  bool dst = false;
+  for (;;) {
+    std::int64_t off;
+    if (t == kUnknown) {
+      off = first_off;
+      dst = false;
+    } else {
+      const Span s = z.lookup(t);
+      off = s.off;
+      dst = s.dst;
+    }
+    const std::int64_t target = fields - off;
+    if (t != kUnknown && target == t) break;
+    // Oscillating across a gap: keep the side whose flag differs.
+    if (t == t1 && t != t2 && dst != want) {
+      *out = t;
+      return true;
+    }
+    if (--remaining == 0) return false;
+    t1 = t2;
+    t2 = t;
+    t = target;
+  }
+  if (dst != want) flag_probe(z, want, fields, t, out);
+  else *out = t;
+  return true;
+}
+
+}  // namespace
+
+bool leap(std::int64_t y) { return y % 4 == 0 && (y % 100 != 0 || y % 400 == 0); }
+
+// Both conversions shift the calendar by 30 eras of 400 years so that the
+// usual range works on unsigned 32-bit values (divisions by constants become
+// multiplications); anything further out takes the signed 64-bit route.
+constexpr std::int64_t kShiftEras = 30;
+
+std::int64_t days_from_civil(std::int64_t y, int m, int d) {
+  y -= m <= 2;
+  const std::uint32_t mp = static_cast<std::uint32_t>(m + 9) % 12;
+  const std::uint32_t doy = (153 * mp + 2) / 5 + static_cast<std::uint32_t>(d) - 1;
+  const std::int64_t ys = y + kShiftEras * 400;
+  if (ys >= 0 && ys < 4000000) {
+    const std::uint32_t u = static_cast<std::uint32_t>(ys);
+    const std::uint32_t era = u / 400, yoe = u % 400;
+    const std::uint32_t doe = yoe * 365 + yoe / 4 - yoe / 100 + doy;
+    return static_cast<std::int64_t>(era) * 146097 + doe - 719468 - kShiftEras * 146097;
+  }
+  const std::int64_t era = floor_div(y, 400);
+  const std::int64_t yoe = y - era * 400;
+  const std::int64_t doe = yoe * 365 + yoe / 4 - yoe / 100 + doy;
+  return era * 146097 + doe - 719468;
+}
+
+void civil_from_days(std::int64_t z, std::int64_t *y, int *m, int *d) {
+  z += 719468;
+  std::int64_t era, doe;
+  const std::int64_t zs = z + kShiftEras * 146097;
+  if (zs >= 0 && zs < 4000000000) {
+    const std::uint32_t u = static_cast<std::uint32_t>(zs);
+    era = static_cast<std::int64_t>(u / 146097) - kShiftEras;
+    doe = u % 146097;
+  } else {
+    era = floor_div(z, 146097);
+    doe = z - era * 146097;
+  }
+  const std::uint32_t e = static_cast<std::uint32_t>(doe);
+  const std::uint32_t yoe = (e - e / 1460 + e / 36524 - e / 146096) / 365;
+  const std::uint32_t doy = e - (365 * yoe + yoe / 4 - yoe / 100);
+  const std::uint32_t mp = (5 * doy + 2) / 153;
+  *d = static_cast<int>(doy - (153 * mp + 2) / 5 + 1);
+  *m = static_cast<int>(mp < 10 ? mp + 3 : mp - 9);
+  *y = static_cast<std::int64_t>(yoe) + era * 400 + (*m <= 2);
+}
+
+// The C library places a rule's change relative to 1 January 1970 for every
+// year up to 1970 (and to 1 January of the year after that), with the
+// weekday arithmetic of the year itself; kept as is.
+std::int64_t rule_change(const ChangeRule &r, int year, long offset) {
+  std::int64_t t = 0;
+  if (year > 1970) {
+    const std::int64_t y = year;
+    t = ((y - 1970) * 365 + ((y - 1) / 4 - 1970 / 4) - ((y - 1) / 100 - 1970 / 100) +
+         ((y - 1) / 400 - 1970 / 400)) *
+        kDay;
+  }
+  const int lp = leap(year) ? 1 : 0;
+  switch (r.kind) {
+    case 1:
+      t += static_cast<std::int64_t>(r.d - 1) * kDay;
+      if (r.d >= 60 && lp) t += kDay;
+      break;
+    case 0:
+      t += static_cast<std::int64_t>(r.d) * kDay;
+      break;
+    default: {
+      t += static_cast<std::int64_t>(kCum[lp][r.m - 1]) * kDay;
+      const int m1 = (r.m + 9) % 12 + 1;
+      const int yy0 = r.m <= 2 ? year - 1 : year;
+      const int yy1 = yy0 / 100;
+      const int yy2 = yy0 % 100;
+      int dow = ((26 * m1 - 2) / 10 + 1 + yy2 + yy2 / 4 + yy1 / 4 - 2 * yy1) % 7;
+      if (dow < 0) dow += 7;
+      int d = r.d - dow;
+      if (d < 0) d += 7;
+      const int len = kCum[lp][r.m] - kCum[lp][r.m - 1];
+      for (int i = 1; i < r.n; ++i) {
+        if (d + 7 >= len) break;
+        d += 7;
+      }
+      t += static_cast<std::int64_t>(d) * kDay;
+      break;
+    }
+  }
+  return t - offset + r.secs;
+}
+
+Span rule_lookup(const PosixRule &r, std::int64_t t) {
+  if (!r.has_dst) return Span{r.std_off, false, kNegInf, kPosInf};
+  std::int64_t y;
+  int m, d;
+  const std::int64_t days = floor_div(t, kDay);
+  civil_from_days(days, &y, &m, &d);
+  const int year = static_cast<int>(y);
+  const std::int64_t c0 = rule_change(r.start, year, r.std_off);
+  const std::int64_t c1 = rule_change(r.end, year, r.dst_off);
+  const bool dst = c0 > c1 ? (t < c1 || t >= c0) : (t >= c0 && t < c1);
+  // Constant within the UTC year between the two change instants.
+  std::int64_t lo = days_from_civil(y, 1, 1) * kDay;
+  std::int64_t hi = days_from_civil(y + 1, 1, 1) * kDay;
+  for (const std::int64_t c : {c0, c1}) {
+    if (c <= t) lo = std::max(lo, c);
+    else hi = std::min(hi, c);
+  }
+  return Span{dst ? r.dst_off : r.std_off, dst, lo, hi};
+}
+
+Span Zone::lookup(std::int64_t t) const {
+  if (rule_everywhere) return rule_lookup(rule, t);
+  if (trans.empty() || t < trans.front())
+    return Span{before.off, before.dst, kNegInf, trans.empty() ? kPosInf : trans.front()};
+  if (t >= trans.back()) {
+    if (has_footer) {
+      Span s = rule_lookup(rule, t);
+      s.lo = std::max(s.lo, trans.back());
+      return s;
+    }
+    return Span{trans_type.back().off, trans_type.back().dst, trans.back(), kPosInf};
+  }
+  const std::size_t i =
+      static_cast<std::size_t>(std::upper_bound(trans.begin(), trans.end(), t) - trans.begin()) - 1;
+  return Span{trans_type[i].off, trans_type[i].dst, trans[i], trans[i + 1]};
+}
+
+bool fill_tm(std::int64_t t, std::int64_t off, bool dst, struct tm *out) {
+  const std::int64_t local = t + off;
+  const std::int64_t days = floor_div(local, kDay);
+  const std::int64_t secs = local - days * kDay;
+  std::int64_t y;
+  int m, d;
+  civil_from_days(days, &y, &m, &d);
+  if (y < kMinYear || y > kMaxYear) return false;
+  out->tm_year = static_cast<int>(y - 1900);
+  out->tm_mon = m - 1;
+  out->tm_mday = d;
+  out->tm_hour = static_cast<int>(secs / 3600);
+  out->tm_min = static_cast<int>(secs / 60 % 60);
+  out->tm_sec = static_cast<int>(secs % 60);
+  std::int64_t wd = (days + 4) % 7;
+  if (wd < 0) wd += 7;
+  out->tm_wday = static_cast<int>(wd);
+  out->tm_yday = static_cast<int>(days - days_from_civil(y, 1, 1));
+  out->tm_isdst = dst ? 1 : 0;
+  out->tm_gmtoff = static_cast<long>(off);
+  out->tm_zone = "";
+  return true;
+}
+
+int emulate_mktime(const Zone &z, struct tm *tmv, std::int64_t *result) {
+  if (tmv->tm_isdst < 0) return 0;
+  const bool want = tmv->tm_isdst > 0;
+  const int sec_requested = tmv->tm_sec;
+  const int mon = tmv->tm_mon;
+  const int mon_rem = mon % 12;
+  const int neg = mon_rem < 0;
+  const std::int64_t year =
+      static_cast<std::int64_t>(tmv->tm_year) + 1900 + (mon / 12 - neg);
+  if (year < kMinYear + 1 || year > kMaxYear - 1) return 0;
+  const std::int64_t yday = kCum[leap(year) ? 1 : 0][mon_rem + 12 * neg] +
+                            static_cast<std::int64_t>(tmv->tm_mday) - 1;
+  const int sec = std::clamp(sec_requested, 0, 59);
+  const std::int64_t fields = (days_from_civil(year, 1, 1) + yday) * kDay +
+                              static_cast<std::int64_t>(tmv->tm_hour) * 3600 +
+                              static_cast<std::int64_t>(tmv->tm_min) * 60 + sec;
+  // Field overflow into other years is fine, far outside the range is not.
+  static const std::int64_t lo_limit = days_from_civil(kMinYear + 2, 1, 1) * kDay;
+  static const std::int64_t hi_limit = days_from_civil(kMaxYear - 2, 1, 1) * kDay;
+  if (fields < lo_limit || fields > hi_limit) return 0;
+
+  std::int64_t t;
+  const std::int64_t w = z.max_abs_off + 1;
+  const Span s = z.lookup(fields);
+  if (s.lo <= fields - w && fields + w < s.hi) {
+    // One offset around the fields: every first guess settles on it.
+    t = fields - s.off;
+    if (s.dst != want) flag_probe(z, want, fields, t, &t);
+  } else {
+    // Near a change the answer may depend on the previous call's offset,
+    // which the C library keeps to itself: accept only a unanimous answer.
+    bool have = false;
+    for (const std::int64_t o : z.offsets) {
+      for (const bool real : {true, false}) {
+        std::int64_t r;
+        if (!search(z, want, fields, real, fields - o, o, &r)) return 0;
+        if (have && r != t) return 0;
+        t = r;
+        have = true;
+      }
+    }
+    if (!have) return 0;
+  }
+  t += sec_requested - sec;
+  const Span f = z.lookup(t);
+  struct tm out = *tmv;
+  if (!fill_tm(t, f.off, f.dst, &out)) return 0;
+  *tmv = out;
+  *result = t;
+  return 1;
+}
+
+}  // namespace qwz::zone

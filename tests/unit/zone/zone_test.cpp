@@ -1,0 +1,151 @@
+// The zone unit on its own: which settings the engine serves and which go to
+// the C library, a change of TZ taking effect at the next call, standard
+// offsets, a few worked conversions, and lock-free use from two threads.
+#include "zone/zone.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+#include <thread>
+#include <vector>
+
+namespace {
+
+void set_tz(const char *tz) {
+  if (tz) setenv("TZ", tz, 1);
+  else unsetenv("TZ");
+  tzset();
+}
+
+struct tm fields(int y, int mo, int d, int h, int mi, int s) {
+  struct tm t;
+  std::memset(&t, 0, sizeof t);
+  t.tm_year = y - 1900;
+  t.tm_mon = mo - 1;
+  t.tm_mday = d;
+  t.tm_hour = h;
+  t.tm_min = mi;
+  t.tm_sec = s;
+  return t;
+}
+
+TEST(Zone, SettingsServedOrHandedOver) {
+  struct Row {
+    const char *tz;
+    bool engine;
+  } rows[] = {
+      {"UTC0", true},
+      {"", true},
+      {":", true},
+      {"Europe/Berlin", true},
+      {":Europe/Berlin", true},
+      {"/usr/share/zoneinfo/America/New_York", true},
+      {"CET-1CEST,M3.5.0,M10.5.0/3", true},
+      {"<+0545>-5:45", true},
+      {"EST5EDT,J60/2,J300/2", true},
+      {"right/Europe/Berlin", false},  // leap seconds
+      {"Foo", false},                  // unparsable
+      {"EST5EDT,", false},             // no rule: the default rule file decides
+      {"EST+-5", false},
+      {"Europe", false},               // a directory
+      {nullptr, true},
+  };
+  for (const Row &r : rows) {
+    set_tz(r.tz);
+    EXPECT_EQ(qwz::zone::engine_active(), r.engine) << (r.tz ? r.tz : "(unset)");
+  }
+  set_tz("UTC0");
+}
+
+TEST(Zone, ChangeOfSettingTakesEffectAtOnce) {
+  struct tm t = fields(2024, 7, 1, 12, 0, 0);
+  set_tz("UTC0");
+  struct tm a = t;
+  EXPECT_EQ(qwz::zone::to_seconds(&a), 1719835200);
+  setenv("TZ", "Europe/Berlin", 1);  // no tzset: the next call reads TZ itself
+  a = t;
+  EXPECT_EQ(qwz::zone::to_seconds(&a), 1719835200 - 3600);  // read as standard time
+  EXPECT_EQ(a.tm_hour, 13);                                 // shown in summer time
+  EXPECT_EQ(a.tm_isdst, 1);
+  EXPECT_EQ(a.tm_gmtoff, 7200);
+  unsetenv("TZ");
+  a = t;
+  struct tm b = t;
+  EXPECT_EQ(qwz::zone::to_seconds(&a), mktime(&b));
+  set_tz("UTC0");
+}
+
+TEST(Zone, StandardOffsets) {
+  struct Row {
+    const char *tz;
+    long off;
+  } rows[] = {
+      {"UTC0", 0},         {"Europe/Berlin", 3600},     {"America/New_York", -18000},
+      {"Asia/Kolkata", 19800}, {"Asia/Kathmandu", 20700}, {"IST-1GMT0,M10.5.0,M3.5.0/1", 3600},
+      {"<-0330>3:30", -12600}, {"Australia/Adelaide", 34200},
+  };
+  for (const Row &r : rows) {
+    set_tz(r.tz);
+    EXPECT_EQ(qwz::zone::standard_offset(), r.off) << r.tz;
+    EXPECT_EQ(qwz::zone::standard_offset(), -timezone) << r.tz;
+  }
+  set_tz("UTC0");
+}
+
+TEST(Zone, WorkedConversions) {
+  struct Row {
+    const char *tz;
+    struct tm in;
+    time_t seconds;
+    int hour, isdst;
+  } rows[] = {
+      // Spring gap in Berlin: 02:30 does not exist; read as standard time.
+      {"Europe/Berlin", fields(2024, 3, 31, 2, 30, 0), 1711848600, 3, 1},
+      // Autumn overlap: standard time is the second 02:30.
+      {"Europe/Berlin", fields(2024, 10, 27, 2, 30, 0), 1729992600, 2, 0},
+      // Past the last transition of the file: the footer rule.
+      {"Europe/Berlin", fields(2061, 7, 15, 10, 30, 0), 2888645400, 11, 1},
+      // Out-of-range seconds and minutes are carried.
+      {"UTC0", fields(2024, 12, 31, 23, 59, 61), 1735689601, 0, 0},
+      {"UTC0", fields(2024, 1, 1, 0, -1, 0), 1704067140, 23, 0},
+      // A day of 0 is the last day of the month before.
+      {"UTC0", fields(2024, 3, 0, 0, 0, 0), 1709164800, 0, 0},
+  };
+  for (const Row &r : rows) {
+    set_tz(r.tz);
+    struct tm a = r.in;
+    EXPECT_EQ(qwz::zone::to_seconds(&a), r.seconds) << r.tz;
+    EXPECT_EQ(a.tm_hour, r.hour) << r.tz;
+    EXPECT_EQ(a.tm_isdst, r.isdst) << r.tz;
+    struct tm b = r.in;
+    EXPECT_EQ(mktime(&b), r.seconds) << r.tz;
+  }
+  set_tz("UTC0");
+}
+
+TEST(Zone, TwoThreadsAgreeWithoutHandOver) {
+  set_tz("Europe/Berlin");
+  (void)qwz::zone::engine_active();  // publish the setting first
+  const std::uint64_t before = qwz::zone::handovers();
+  std::vector<time_t> results[2];
+  auto work = [&](int k) {
+    for (int i = 0; i < 20000; ++i) {
+      struct tm t = fields(1990 + i % 60, 1 + i % 12, 1 + i % 28, i % 24, 0, 0);
+      const time_t s = qwz::zone::to_seconds(&t);
+      struct tm back;
+      ASSERT_TRUE(qwz::zone::to_local(s + 86400 * 40, &back));
+      results[k].push_back(s + back.tm_hour);
+    }
+  };
+  std::thread a(work, 0), b(work, 1);
+  a.join();
+  b.join();
+  EXPECT_EQ(results[0], results[1]);
+  EXPECT_EQ(qwz::zone::handovers() - before, 0u);
+  set_tz("UTC0");
+}
+
+}  // namespace
