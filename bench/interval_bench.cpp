@@ -1,10 +1,15 @@
-// Interval sums and text conversion through the public frame, for both kinds.
+// Interval sums and text conversion through the public frame, for both kinds,
+// and the PostgreSQL client library's interval text functions on the same
+// values (peer.h; skipped when it is not installed).
 // Descriptors and buffers are set up once; the timed loops allocate nothing.
 #include <qwz/qwz.h>
 
 #include <benchmark/benchmark.h>
 
 #include "counters.h"
+#include "peer.h"
+
+#include <cstring>
 
 namespace {
 
@@ -87,6 +92,42 @@ void BM_QWZIntervalFromText(benchmark::State &state) {
   }
 }
 BENCHMARK(BM_QWZIntervalFromText)->Arg(INTERVAL_KIND_YM)->Arg(INTERVAL_KIND_DS);
+
+// The same intervals as the peer writes them and reads them back: 12 years 7
+// months, and 12 days 07:30:59.75.
+void BM_PeerIntervalFromAsc(benchmark::State &state, const char *text) {
+  if (!qwz_bench::peer_ready(state)) return;
+  const auto &pg = qwz_bench::peer();
+  char copy[64];
+  std::strcpy(copy, text);
+  qwz_bench::PeerInterval *iv = pg.interval_from_asc(copy, nullptr);
+  if (!iv) state.SkipWithError("peer failed");
+  else pg.interval_free(iv);
+  qwz_bench::Counted c(state);
+  for (auto _ : state) {
+    qwz_bench::PeerInterval *r = pg.interval_from_asc(copy, nullptr);
+    benchmark::DoNotOptimize(r);
+    pg.interval_free(r);
+  }
+}
+BENCHMARK_CAPTURE(BM_PeerIntervalFromAsc, year_month, "-12 years -7 mons");
+BENCHMARK_CAPTURE(BM_PeerIntervalFromAsc, day_second, "-12 days -07:30:59.75");
+
+void BM_PeerIntervalToAsc(benchmark::State &state, qwz_bench::PeerInterval value) {
+  if (!qwz_bench::peer_ready(state)) return;
+  const auto &pg = qwz_bench::peer();
+  qwz_bench::Counted c(state);
+  for (auto _ : state) {
+    char *out = pg.interval_to_asc(&value);
+    benchmark::DoNotOptimize(out);
+    pg.char_free(out);
+  }
+}
+BENCHMARK_CAPTURE(BM_PeerIntervalToAsc, year_month, qwz_bench::PeerInterval{0, 12 * 12 + 7});
+BENCHMARK_CAPTURE(BM_PeerIntervalToAsc, day_second,
+                  qwz_bench::PeerInterval{(12LL * 86400 + 7 * 3600 + 30 * 60 + 59) * 1000000 +
+                                              750000,
+                                          0});
 
 }  // namespace
 

@@ -2,14 +2,19 @@
 // strptime / strftime of the same shape, in UTC:
 //   dates      'YYYY-MM-DD HH24:MI:SS'      vs "%Y-%m-%d %H:%M:%S"
 //   datetimes  'YYYY-MM-DD HH24:MI:SS.FF3'  vs the same plus three digits
+// and beside the PostgreSQL client library's timestamp text functions on the
+// same values (peer.h; those rows are skipped when it is not installed).
 // Each benchmark checks its result once before timing and reports, per
-// call, the heap allocations and clock reads it made (both should be 0).
+// call, the heap allocations and clock reads it made (both should be 0 for
+// the library's rows).
 #include <qwz/qwz.h>
 
 #include <benchmark/benchmark.h>
 
 #include "counters.h"
+#include "peer.h"
 
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -176,6 +181,42 @@ void BM_StrftimeFraction(benchmark::State &state) {
   }
 }
 BENCHMARK(BM_StrftimeFraction);
+
+// The peer reads and writes the same timestamps (its texts come back in
+// allocated memory, which it frees).
+void BM_PeerTimestampFromAsc(benchmark::State &state, const char *text) {
+  if (!qwz_bench::peer_ready(state)) return;
+  const auto &pg = qwz_bench::peer();
+  char copy[64];
+  std::strcpy(copy, text);
+  if (pg.timestamp_from_asc(copy, nullptr) == 0) state.SkipWithError("peer failed");
+  Counted c(state);
+  for (auto _ : state) {
+    std::int64_t ts = pg.timestamp_from_asc(copy, nullptr);
+    benchmark::DoNotOptimize(ts);
+  }
+}
+BENCHMARK_CAPTURE(BM_PeerTimestampFromAsc, seconds, kDateText);
+BENCHMARK_CAPTURE(BM_PeerTimestampFromAsc, fraction, kTsText);
+
+void BM_PeerTimestampToAsc(benchmark::State &state, const char *text) {
+  if (!qwz_bench::peer_ready(state)) return;
+  const auto &pg = qwz_bench::peer();
+  char copy[64];
+  std::strcpy(copy, text);
+  const std::int64_t ts = pg.timestamp_from_asc(copy, nullptr);
+  char *back = pg.timestamp_to_asc(ts);
+  if (!back || std::strcmp(back, text) != 0) state.SkipWithError("peer wrote another text");
+  if (back) pg.char_free(back);
+  Counted c(state);
+  for (auto _ : state) {
+    char *out = pg.timestamp_to_asc(ts);
+    benchmark::DoNotOptimize(out);
+    pg.char_free(out);
+  }
+}
+BENCHMARK_CAPTURE(BM_PeerTimestampToAsc, seconds, kDateText);
+BENCHMARK_CAPTURE(BM_PeerTimestampToAsc, fraction, kTsText);
 
 }  // namespace
 
