@@ -437,9 +437,10 @@ Outcome datetime_cmd(Context &ctx, const Options &opt, std::string_view verb, co
     QWZInterval *iv = nullptr;
     ub4 kind = 0;
     QWZDT_TRY(read_interval(ctx, a[1], 0, iv, kind, err_out));
-    // In place, as a client usually does it: the result keeps the value's
-    // zone fields (the arithmetic moves the clock fields only).
-    Dt r = v;
+    // The arithmetic writes the clock fields of the result only: a copy of
+    // the value made first gives the result the value's zone fields.
+    Dt r{ctx.datetime(v.type, 2), v.type};
+    QWZDT_CALL(QWZDateTimeAssign(ctx.env(), ctx.err(), v.d, r.d), "QWZDateTimeAssign");
     if (verb == "add")
       QWZDT_CALL(QWZDateTimeIntervalAdd(ctx.env(), ctx.err(), v.d, iv, r.d),
                  "QWZDateTimeIntervalAdd");
@@ -680,6 +681,12 @@ bool known_family(std::string_view f) {
 
 }  // namespace
 
+std::string short_usage() {
+  return "usage: qwzdt [OPTIONS] date|datetime|interval|format COMMAND ARGS...\n"
+         "       qwzdt [OPTIONS] sysdate|systimestamp|batch\n"
+         "       qwzdt [FAMILY [COMMAND]] --help | --version\n";
+}
+
 std::string usage_text(const Args &path) {
   std::string s;
   std::string_view family = path.empty() ? std::string_view() : path[0];
@@ -720,12 +727,12 @@ std::string usage_text(const Args &path) {
 Outcome run_command(Context &ctx, const Options &opt, const Args &args, std::string &out,
                     std::string &err_out) {
   if (args.empty()) {
-    err_out = "qwzdt: no command given\n" + usage_text(args);
+    err_out = "qwzdt: no command given\n" + short_usage();
     return kUsage;
   }
   std::string_view family = args[0];
   if (!known_family(family) || family == "batch") {
-    err_out = "qwzdt: unknown command '" + std::string(family) + "'\n" + usage_text({});
+    err_out = "qwzdt: unknown command '" + std::string(family) + "'\n" + short_usage();
     return kUsage;
   }
   const Command *cmd = nullptr;

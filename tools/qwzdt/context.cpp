@@ -153,6 +153,11 @@ sword print_trace(void *, sword, ub4, ub4, const char *record) {
 }  // namespace
 
 void apply_environment(const Options &opt) {
+  // The zone the process started with, put back when a batch line that
+  // named its own zone is done.
+  static const char *start = std::getenv("TZ");
+  static const std::string start_tz = start != nullptr ? start : "";
+  static const bool start_had_tz = start != nullptr;
   static std::string current_tz;
   static bool tz_set = false;
   static bool tracing = false;
@@ -161,6 +166,13 @@ void apply_environment(const Options &opt) {
     tzset();
     current_tz = opt.tz;
     tz_set = true;
+  } else if (opt.tz.empty() && tz_set) {
+    if (start_had_tz)
+      setenv("TZ", start_tz.c_str(), 1);
+    else
+      unsetenv("TZ");
+    tzset();
+    tz_set = false;
   }
   if (opt.trace != tracing) {
     QWZTraceSetHook(opt.trace ? print_trace : nullptr);

@@ -136,7 +136,7 @@ int main(int argc, char **argv) {
   Args positional;
   std::string err;
   if (!qwzdt::take_options(words, opt, positional, err)) {
-    std::fprintf(stderr, "%s\n%s", err.c_str(), qwzdt::usage_text({}).c_str());
+    std::fprintf(stderr, "%s\n%s", err.c_str(), qwzdt::short_usage().c_str());
     return 2;
   }
   if (opt.version) {

@@ -70,8 +70,10 @@ bool take_options(const Args &words, Options &opt, Args &positional, std::string
 // Applies --tz and --trace for the duration of a command.
 void apply_environment(const Options &opt);
 
-// Usage texts.
+// Usage texts: the commands under `path` (all of them for an empty path),
+// and the three-line summary given with a usage error at the top level.
 std::string usage_text(const Args &path);
+std::string short_usage();
 
 // `qwzdt format explain MODEL`.
 Outcome explain_format(Context &ctx, std::string_view model, std::string &out,
