@@ -131,7 +131,8 @@ Outcome read_date(Context &ctx, const Options &opt, std::string_view text, QWZDa
 Outcome print_date(Context &ctx, std::string_view model, const QWZDate &d, std::string &out,
                    std::string &err_out) {
   CText m(model);
-  QWZtext buf[300] = {};
+  QWZtext buf[300];
+  buf[0] = 0;
   ub4 size = sizeof buf - 1;  // the library may write one byte beyond the size
   QWZDT_CALL(QWZDateToText(ctx.err(), &d, m.q(), static_cast<ub1>(m.len > 255 ? 255 : m.len),
                            nullptr, 0, &size, buf),
@@ -252,7 +253,8 @@ Outcome read_datetime(Context &ctx, const Options &opt, std::string_view text, i
 Outcome print_datetime_with(Context &ctx, std::string_view model, const Dt &v, std::string &out,
                             std::string &err_out) {
   CText m(model);
-  QWZtext buf[300] = {};
+  QWZtext buf[300];
+  buf[0] = 0;
   ub4 size = sizeof buf - 1;
   QWZDT_CALL(QWZDateTimeToText(ctx.env(), ctx.err(), v.d, m.q(),
                                static_cast<ub1>(m.len > 255 ? 255 : m.len), 5, nullptr, 0, &size,

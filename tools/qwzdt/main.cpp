@@ -5,8 +5,6 @@
 // 2 a usage error.
 #include "qwzdt.h"
 
-#include <sys/types.h>
-
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -63,25 +61,55 @@ std::string_view first_line(const std::string &s) {
   return v.substr(0, v.find('\n'));
 }
 
+// Standard input in large blocks, handed out one line at a time (without
+// its line end); a line may span two blocks.
+class LineReader {
+ public:
+  bool next(std::string_view &line) {
+    for (;;) {
+      if (const void *nl = std::memchr(buf_.data() + pos_, '\n', end_ - pos_)) {
+        std::size_t at = static_cast<const char *>(nl) - buf_.data();
+        line = std::string_view(buf_.data() + pos_, at - pos_);
+        pos_ = at + 1;
+        return true;
+      }
+      if (eof_) {
+        if (pos_ == end_) return false;
+        line = std::string_view(buf_.data() + pos_, end_ - pos_);
+        pos_ = end_;
+        return true;
+      }
+      // Keep the unfinished line, then read more behind it.
+      std::memmove(buf_.data(), buf_.data() + pos_, end_ - pos_);
+      end_ -= pos_;
+      pos_ = 0;
+      if (end_ == buf_.size()) buf_.resize(buf_.size() * 2);
+      std::size_t got = std::fread(buf_.data() + end_, 1, buf_.size() - end_, stdin);
+      if (got == 0) eof_ = true;
+      end_ += got;
+    }
+  }
+
+ private:
+  std::string buf_ = std::string(1 << 16, '\0');
+  std::size_t pos_ = 0, end_ = 0;
+  bool eof_ = false;
+};
+
 // Reads stdin line by line and runs one operation per line. With a template
 // (`words` not empty), each '-' word of the template is replaced by the line.
 int run_batch(qwzdt::Context &ctx, const Options &opt, const Args &templ) {
-  static char inbuf[1 << 16];
   static char outbuf[1 << 16];
-  std::setvbuf(stdin, inbuf, _IOFBF, sizeof inbuf);
   std::setvbuf(stdout, outbuf, _IOFBF, sizeof outbuf);
+  LineReader reader;
   std::string out, err, arena, raw;
   out.reserve(1 << 17);
   Args words, positional;
   words.reserve(16);
   positional.reserve(16);
   bool failed = false;
-  char *line = nullptr;
-  std::size_t cap = 0;
-  ssize_t got;
-  while ((got = getline(&line, &cap, stdin)) >= 0) {
-    std::string_view l(line, static_cast<std::size_t>(got));
-    if (!l.empty() && l.back() == '\n') l.remove_suffix(1);
+  std::string_view l;
+  while (reader.next(l)) {
     if (!l.empty() && l.back() == '\r') l.remove_suffix(1);
     if (templ.empty()) {
       split_words(l, arena, words);
@@ -121,7 +149,6 @@ int run_batch(qwzdt::Context &ctx, const Options &opt, const Args &templ) {
       out.clear();
     }
   }
-  std::free(line);
   std::fwrite(out.data(), 1, out.size(), stdout);
   std::fflush(stdout);
   return failed ? 1 : 0;
