@@ -5,7 +5,8 @@
 # output as it is, standard error with "2> " in front of each line, and
 # "[exit N]". Lines starting with "#" and blank lines between commands are
 # kept as they are. The commands run in UTC unless they pass --tz.
-# With --update the file is rewritten from the actual output.
+# With --update the file is rewritten from the actual output: to add a test,
+# write its "$ " line and run with --update, then read what it recorded.
 set -uo pipefail
 golden=$1; bin=$2; mode=${3:-}
 bindir=$(mktemp -d); trap 'rm -rf "$bindir"' EXIT
@@ -16,9 +17,13 @@ actual=$(mktemp); trap 'rm -rf "$bindir" "$actual"' EXIT
 in_output=0
 while IFS= read -r line || [ -n "$line" ]; do
   if [ "$in_output" = 1 ]; then
-    # expected output of the last command, regenerated below
-    case "$line" in '[exit '*']') in_output=0 ;; esac
-    continue
+    # Expected output of the last command (regenerated above) runs up to its
+    # "[exit N]" line, or up to the next command when that line is missing.
+    case "$line" in
+      '[exit '*']') in_output=0; continue ;;
+      '$ '*) in_output=0 ;;
+      *) continue ;;
+    esac
   fi
   case "$line" in
     '$ '*)
