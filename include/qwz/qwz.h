@@ -706,10 +706,9 @@ QWZ_API sword QWZDateTimeCompare(void *hndl, QWZError *errhp, const QWZDateTime 
  * @retval QWZ_ERROR   the value fails QWZDateTimeCheck(): 22007, state
  *                     "22007", "ERROR: [QWZ-22007][QWZ Driver].date format
  *                     is invalid\n", and the previous value is restored; a
- *                     refused zone text: the diagnostic of the text reader
- *                     (11104 "format string is invalid" cannot happen with
- *                     the fixed model; a text that does not match fails
- *                     without one).
+ *                     zone text that does not read as "[+|-]HH[:MM]" (for
+ *                     example "ab"): -1 with no diagnostic, the new fields
+ *                     staying written.
  * @retval other       bad handle or descriptor: the validator's value.
  *
  * Fields the type does not carry are set to 0. The zone text is read with
@@ -941,7 +940,9 @@ QWZ_API sword QWZDateTimeIntervalAdd(void *hndl, QWZError *errhp, QWZDateTime *d
  * The zone fields of @p outdatetime are not written: a fresh result has
  * offset 0, and @p datetime itself as the result keeps its zone.
  * Further quirks: a month that reaches 0 fails (March minus 3 months);
- * a negative fraction borrows one second.
+ * a negative fraction borrows one second. With @p datetime itself as
+ * @p outdatetime the month test reads the month already written, so March
+ * minus 3 months then gives December of the year before.
  */
 QWZ_API sword QWZDateTimeIntervalSub(void *hndl, QWZError *errhp, QWZDateTime *datetime,
                                      QWZInterval *inter, QWZDateTime *outdatetime);
