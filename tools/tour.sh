@@ -8,7 +8,16 @@ bash tools/setup-deps.sh
 cmake -S . -B build/release -DCMAKE_BUILD_TYPE=Release -DQWZ_BUILD_TESTS=OFF >/dev/null
 cmake --build build/release -j"$(nproc)" >/dev/null
 export PATH="$PWD/build/release/tools/qwzdt:$PATH" TZ=UTC
-run() { printf '$ %s\n' "$*"; "$@" || true; }
+# Shows a command as it would be typed (words with blanks in quotes), then
+# runs it; a failing command is part of the tour.
+run() {
+  local w line='$'
+  for w in "$@"; do
+    case "$w" in *' '*|*'|'*) line+=" '$w'" ;; *) line+=" $w" ;; esac
+  done
+  printf '%s\n' "$line"
+  "$@" || true
+}
 cet='CET-1CEST,M3.5.0,M10.5.0/3'
 
 echo "== dates (QWZDate)"
@@ -32,4 +41,5 @@ echo "== format models and failures"
 run qwzdt format explain 'DD.MM.YYYY HH24:MI'
 run qwzdt date add-days 2024-02-30 1
 echo "== a column of values in one process"
+echo "$ printf '%s\\n' 2024-02-28 2023-12-31 2024-02-30 | qwzdt batch date add-days - 1"
 printf '%s\n' 2024-02-28 2023-12-31 2024-02-30 | qwzdt batch date add-days - 1 || true
