@@ -7,12 +7,16 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <span>
 #include <string>
 #include <string_view>
 #include <system_error>
 
 namespace qwzdt {
 namespace {
+
+// The arguments after the command words, without a copy.
+using ArgSpan = std::span<const std::string_view>;
 
 // ---- small helpers --------------------------------------------------------
 
@@ -328,7 +332,7 @@ Outcome read_number(Context &ctx, std::string_view text, QWZNumber &n, std::stri
 
 // ---- the date family ------------------------------------------------------
 
-Outcome date_cmd(Context &ctx, const Options &opt, std::string_view verb, const Args &a,
+Outcome date_cmd(Context &ctx, const Options &opt, std::string_view verb, ArgSpan a,
                  std::string &out, std::string &err_out) {
   QWZDate d{}, e{}, r{};
   if (verb == "add-days" || verb == "add-months") {
@@ -410,7 +414,7 @@ Outcome date_cmd(Context &ctx, const Options &opt, std::string_view verb, const 
 
 // ---- the datetime family --------------------------------------------------
 
-Outcome datetime_cmd(Context &ctx, const Options &opt, std::string_view verb, const Args &a,
+Outcome datetime_cmd(Context &ctx, const Options &opt, std::string_view verb, ArgSpan a,
                      std::string &out, std::string &err_out) {
   Dt v, w;
   if (verb == "construct") {
@@ -536,7 +540,7 @@ Outcome datetime_cmd(Context &ctx, const Options &opt, std::string_view verb, co
 
 // ---- the interval family --------------------------------------------------
 
-Outcome interval_cmd(Context &ctx, const Options &opt, std::string_view verb, const Args &a,
+Outcome interval_cmd(Context &ctx, const Options &opt, std::string_view verb, ArgSpan a,
                      std::string &out, std::string &err_out) {
   QWZInterval *x = nullptr, *y = nullptr;
   ub4 kx = 0, ky = 0;
@@ -751,7 +755,7 @@ Outcome run_command(Context &ctx, const Options &opt, const Args &args, std::str
     return kUsage;
   }
   std::size_t skip = *cmd->verb == '\0' ? 1 : 2;
-  Args rest(args.begin() + static_cast<std::ptrdiff_t>(skip), args.end());
+  ArgSpan rest(args.data() + skip, args.size() - skip);
   if (rest.size() < cmd->min_args || rest.size() > cmd->max_args) {
     err_out = "qwzdt: wrong number of arguments\n" + usage_text(Args(args.begin(), args.begin() + static_cast<std::ptrdiff_t>(skip)));
     return kUsage;
