@@ -28,7 +28,7 @@ struct CText {
   std::size_t len;
   explicit CText(std::string_view s) {
     len = s.size() < sizeof buf - 1 ? s.size() : sizeof buf - 1;
-    std::memcpy(buf, s.data(), len);
+    if (len > 0) std::memcpy(buf, s.data(), len);  // an empty view may have no data
     buf[len] = '\0';
   }
   QWZText *q() { return reinterpret_cast<QWZText *>(buf); }
