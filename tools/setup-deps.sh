@@ -12,6 +12,7 @@ command -v nm >/dev/null || need+=(binutils)
 [ -f /usr/include/gtest/gtest.h ] || need+=(libgtest-dev)
 [ -f /usr/include/benchmark/benchmark.h ] || need+=(libbenchmark-dev)
 [ -f /usr/share/zoneinfo/Europe/Berlin ] || need+=(tzdata)
+command -v doxygen >/dev/null || need+=(doxygen)
 if [ ${#need[@]} -gt 0 ]; then
   echo "installing: ${need[*]}"
   SUDO=""

@@ -1,0 +1,38 @@
+#!/usr/bin/env bash
+# bench/qwzdt_batch_vs_date.sh [QWZDT] [LINES]
+# Converts LINES (default 1,000,000) generated datetimes to DD.MM.YYYY twice
+# in the same run: with `qwzdt batch` (one process, the library's text
+# functions) and with GNU `date -f`, and prints the lines per second of each
+# and their ratio. Both run in UTC on the same input; the outputs must agree.
+set -euo pipefail
+qwzdt=${1:-build/release/tools/qwzdt/qwzdt}
+lines=${2:-1000000}
+work=$(mktemp -d); trap 'rm -rf "$work"' EXIT
+export TZ=UTC LC_ALL=C
+# Deterministic dates from 1971 to 2037 (inside GNU date's and mktime's range).
+awk -v n="$lines" 'BEGIN { s = 12345;
+  for (i = 0; i < n; i++) {
+    s = (s * 1103515245 + 12345) % 2147483648; y = 1971 + s % 67;
+    s = (s * 1103515245 + 12345) % 2147483648; m = 1 + s % 12;
+    s = (s * 1103515245 + 12345) % 2147483648; d = 1 + s % 28;
+    s = (s * 1103515245 + 12345) % 2147483648; t = s % 86400;
+    printf "%04d-%02d-%02d %02d:%02d:%02d\n", y, m, d, t / 3600, (t / 60) % 60, t % 60 } }' \
+  >"$work/in.txt"
+
+now() { date +%s.%N; }
+t0=$(now); "$qwzdt" batch date to-text - DD.MM.YYYY <"$work/in.txt" >"$work/qwzdt.txt"; t1=$(now)
+date -f "$work/in.txt" +%d.%m.%Y >"$work/date.txt"; t2=$(now)
+cmp -s "$work/qwzdt.txt" "$work/date.txt" || { echo "outputs differ" >&2; exit 1; }
+# The same lines as full commands, one operation per line.
+sed "s/.*/date to-text '&' DD.MM.YYYY/" "$work/in.txt" >"$work/cmds.txt"
+t3=$(now); "$qwzdt" batch <"$work/cmds.txt" >"$work/qwzdt2.txt"; t4=$(now)
+cmp -s "$work/qwzdt2.txt" "$work/date.txt" || { echo "outputs differ" >&2; exit 1; }
+
+awk -v n="$lines" -v a="$t0" -v b="$t1" -v c="$t2" -v d="$t3" -v e="$t4" 'BEGIN {
+  q = n / (b - a); g = n / (c - b); f = n / (e - d);
+  printf "lines                          %d\n", n;
+  printf "qwzdt batch (template)         %10.0f lines/s  (%.3f s)\n", q, b - a;
+  printf "qwzdt batch (full commands)    %10.0f lines/s  (%.3f s)\n", f, e - d;
+  printf "GNU date -f                    %10.0f lines/s  (%.3f s)\n", g, c - b;
+  printf "ratio template / date          %10.2f x\n", q / g;
+  printf "ratio full commands / date     %10.2f x\n", f / g }'
