@@ -34,18 +34,18 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
                "class %u type %u -> %s flags %#x", cls, type, datetime_str(dt).c_str(), valid);
     ub1 out[8];
     ub4 outlen = 99;
-    FUZZ_CHECK(QWZDateTimeToArray(ctx, err, dt, reftz, out, &outlen, fsprec) == QWZ_SUCCESS &&
-                   outlen <= 7,
-               "%s length %u", datetime_str(dt).c_str(), outlen);
+    FUZZ_CHECK(
+        QWZDateTimeToArray(ctx, err, dt, reftz, out, &outlen, fsprec) == QWZ_SUCCESS && outlen <= 7,
+        "%s length %u", datetime_str(dt).c_str(), outlen);
     if (outlen == 7 && dt->month != 0) {
       ub1 padded[11] = {};
       std::memcpy(padded, out, 7);
       ub4 plen = 11;
       if (QWZDateTimeFromArray(ctx, err, padded, &plen, DATETIME_CLASS_TIMESTAMP, again, reftz,
                                9) == QWZ_SUCCESS)
-        FUZZ_CHECK(again->year == dt->year && again->month == dt->month &&
-                       again->day == dt->day && again->hour == dt->hour &&
-                       again->minute == dt->minute && again->second == dt->second,
+        FUZZ_CHECK(again->year == dt->year && again->month == dt->month && again->day == dt->day &&
+                       again->hour == dt->hour && again->minute == dt->minute &&
+                       again->second == dt->second,
                    "%s -> %s", datetime_str(dt).c_str(), datetime_str(again).c_str());
     }
   }

@@ -4,17 +4,17 @@
 #ifndef QWZ_FUZZ_COMMON_H
 #define QWZ_FUZZ_COMMON_H
 
+#include <fuzzer/FuzzedDataProvider.h>
 #include <qwz/qwz.h>
 
-#include "handles/handles.h"
-
-#include <fuzzer/FuzzedDataProvider.h>
-
+#include <cctype>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <string>
 #include <vector>
+
+#include "handles/handles.h"
 
 namespace qwz_fuzz {
 
@@ -93,8 +93,8 @@ inline std::string date_str(const QWZDate &d) {
 
 inline std::string datetime_str(const QWZDateTime *d) {
   char b[160];
-  std::snprintf(b, sizeof b, "%d-%u-%u %u:%u:%u.%u %+d:%d", d->year, d->month, d->day,
-                d->hour, d->minute, d->second, d->fraction, d->tz_hour, d->tz_minute);
+  std::snprintf(b, sizeof b, "%d-%u-%u %u:%u:%u.%u %+d:%d", d->year, d->month, d->day, d->hour,
+                d->minute, d->second, d->fraction, d->tz_hour, d->tz_minute);
   return b;
 }
 
@@ -108,6 +108,37 @@ inline std::string last_diag() {
          reinterpret_cast<char *>(msg);
 }
 
+// Whether the model holds a keyword, in any case.
+inline bool has_keyword(const std::string &fmt, const char *kw) {
+  std::string up(fmt);
+  for (char &c : up) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+  return up.find(kw) != std::string::npos;
+}
+
+// Values that read under a model but are not written under it, by the
+// format table's design: "SYYYY" writes only years of five characters
+// (below -999 or above 9999).
+inline bool written_one_way(const std::string &fmt, int year) {
+  return has_keyword(fmt, "SYYYY") && year >= -999 && year <= 9999;
+}
+
+// Dates are written only up to the seconds: a model with more after "SS"
+// writes a text that the same model does not read.
+inline bool stops_after_seconds(const std::string &fmt) {
+  std::string up(fmt);
+  for (char &c : up) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+  const size_t at = up.find("SS");
+  return at != std::string::npos && up.find_first_not_of(' ', at + 2) != std::string::npos;
+}
+
+// A model that a date cannot write back in full: nothing but blanks (the
+// formatter needs at least one token), keywords for parts a date does not
+// have (fraction, zone), or anything after the seconds.
+inline bool date_one_way(const std::string &fmt) {
+  return fmt.find_first_not_of(' ') == std::string::npos || has_keyword(fmt, "FF") ||
+         has_keyword(fmt, "TZ") || stops_after_seconds(fmt);
+}
+
 inline bool zone_is_utc() {
   const char *tz = std::getenv("TZ");
   return tz != nullptr && (std::strcmp(tz, "UTC0") == 0 || std::strcmp(tz, "UTC") == 0);
@@ -115,15 +146,14 @@ inline bool zone_is_utc() {
 
 }  // namespace qwz_fuzz
 
-#define FUZZ_CHECK(cond, ...)                                                     \
-  do {                                                                            \
-    if (!(cond)) {                                                                \
-      std::fprintf(stderr, "invariant failed at %s:%d: %s\n", __FILE__, __LINE__, \
-                   #cond);                                                        \
-      std::fprintf(stderr, __VA_ARGS__);                                          \
-      std::fprintf(stderr, "\n");                                                 \
-      std::abort();                                                               \
-    }                                                                             \
+#define FUZZ_CHECK(cond, ...)                                                             \
+  do {                                                                                    \
+    if (!(cond)) {                                                                        \
+      std::fprintf(stderr, "invariant failed at %s:%d: %s\n", __FILE__, __LINE__, #cond); \
+      std::fprintf(stderr, __VA_ARGS__);                                                  \
+      std::fprintf(stderr, "\n");                                                         \
+      std::abort();                                                                       \
+    }                                                                                     \
   } while (0)
 
 #endif  // QWZ_FUZZ_COMMON_H

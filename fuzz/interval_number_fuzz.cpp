@@ -2,9 +2,9 @@
 // length, the number read back as the same real, then QWZIntervalFromNumber,
 // QWZIntervalToNumber, QWZIntervalMultiply and QWZIntervalDivide with any
 // slot values. An interval made from a number passes the check applied.
-#include "fuzz_common.h"
-
 #include <cmath>
+
+#include "fuzz_common.h"
 
 using namespace qwz_fuzz;
 
@@ -36,8 +36,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   QWZError *err = handles().err;
   const uint8_t flags = in.ConsumeIntegral<uint8_t>();
   const ub4 kind = flags & 8 ? INTERVAL_KIND_DS : INTERVAL_KIND_YM;
-  const ub4 rkind = flags & 64 ? (kind == INTERVAL_KIND_DS ? INTERVAL_KIND_YM : INTERVAL_KIND_DS)
-                               : kind;
+  const ub4 rkind =
+      flags & 64 ? (kind == INTERVAL_KIND_DS ? INTERVAL_KIND_YM : INTERVAL_KIND_DS) : kind;
   void *ctx = context(flags & 4);
   Tracing tracing(flags & 1);
 
@@ -50,9 +50,15 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   } else {
     bool ok = false;
     switch ((flags >> 5) & 1 ? 2 : in.ConsumeIntegralInRange<int>(0, 2)) {
-      case 0: ok = make_number<float>(in, err, &num, sizeof(float)); break;
-      case 1: ok = make_number<long double>(in, err, &num, sizeof(long double)); break;
-      default: ok = make_number<double>(in, err, &num, sizeof(double)); break;
+      case 0:
+        ok = make_number<float>(in, err, &num, sizeof(float));
+        break;
+      case 1:
+        ok = make_number<long double>(in, err, &num, sizeof(long double));
+        break;
+      default:
+        ok = make_number<double>(in, err, &num, sizeof(double));
+        break;
     }
     if (!ok) return 0;
   }

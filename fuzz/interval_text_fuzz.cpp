@@ -19,8 +19,8 @@ bool one_sign(const QWZInterval *iv) {
 
 std::string slots(const QWZInterval *iv) {
   char b[96];
-  std::snprintf(b, sizeof b, "[%d %d %d %d %d]", iv->slot[0], iv->slot[1], iv->slot[2],
-                iv->slot[3], iv->slot[4]);
+  std::snprintf(b, sizeof b, "[%d %d %d %d %d]", iv->slot[0], iv->slot[1], iv->slot[2], iv->slot[3],
+                iv->slot[4]);
   return b;
 }
 
