@@ -44,8 +44,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
       if (QWZDateTimeFromArray(ctx, err, padded, &plen, DATETIME_CLASS_TIMESTAMP, again, reftz,
                                9) == QWZ_SUCCESS)
         FUZZ_CHECK(again->year == dt->year && again->month == dt->month && again->day == dt->day &&
-                       again->hour == dt->hour && again->minute == dt->minute &&
-                       again->second == dt->second,
+                       // A date's check leaves its time fields alone, and
+                       // each is written truncated to a byte.
+                       (type == DATETIME_KIND_DATE ||
+                        (again->hour == dt->hour && again->minute == dt->minute &&
+                         again->second == dt->second)),
                    "%s -> %s", datetime_str(dt).c_str(), datetime_str(again).c_str());
     }
   }
