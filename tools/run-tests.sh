@@ -5,6 +5,9 @@
 #                                  leak detection on (build/asan)
 #   tools/run-tests.sh --threads   the test files that run threads, under
 #                                  ThreadSanitizer (build/tsan)
+#   tools/run-tests.sh --valgrind  every test under valgrind memcheck: no
+#                                  error and no definite or indirect leak
+#                                  (build/valgrind)
 set -euo pipefail
 cd "$(dirname "$0")/.."
 bash tools/setup-deps.sh
@@ -19,6 +22,20 @@ if [ "${1:-}" = "--threads" ]; then
     TSAN_OPTIONS=halt_on_error=1:second_deadlock_stack=1 "build/tsan/tests/$t" --gtest_brief=1
   done
   echo "thread tests passed under ThreadSanitizer"
+  exit 0
+fi
+if [ "${1:-}" = "--valgrind" ]; then
+  # Every test executable (and the test discovery) runs through valgrind as
+  # the target's emulator; scripts run by cmake -P are not wrapped.
+  dir=build/valgrind
+  vg="valgrind;--error-exitcode=99;--leak-check=full;--errors-for-leak-kinds=definite,indirect"
+  vg="$vg;--show-leak-kinds=definite,indirect;--track-origins=yes;--quiet"
+  cmake -S . -B "$dir" -DCMAKE_BUILD_TYPE=RelWithDebInfo -DQWZ_BUILD_TESTS=ON \
+    -DQWZ_BUILD_EXAMPLES=OFF "-DCMAKE_CROSSCOMPILING_EMULATOR=$vg"
+  cmake --build "$dir" -j"$(nproc)"
+  start=$(date +%s)
+  ctest --test-dir "$dir" --output-on-failure -j"$(nproc)" --timeout 1500
+  echo "valgrind run took $(( $(date +%s) - start )) s"
   exit 0
 fi
 if [ "${1:-}" = "--sanitize" ]; then
