@@ -690,6 +690,43 @@ TEST_F(BadInput, TextLengthsAndBytes) {
        // The parse stops at once and the partial value (no month) fails the check.
        [&](size_t n) { return n == std::numeric_limits<size_t>::max() ? too_long : kDateTimeInvalid; },
        [&](unsigned char) { return kDateTimeInvalid; }},
+      {"QWZDateTimeFromText", "format", "YYYY-MM-DD", std::numeric_limits<ub1>::max(),
+       [&](const std::string &f, uint64_t n) {
+         return QWZDateTimeFromText(env_, err_, T("2024-05-17"), 10, T(f), static_cast<ub1>(n), nullptr, 0, dt_[3]);
+       },
+       // An empty or too long model leaves the cleared value, which fails the
+       // check; "Y" is an unsupported keyword.
+       [&](size_t n) { return n == 1 ? kFormatString : n >= 1 && n <= 127 ? ok : kDateTimeInvalid; },
+       [&](unsigned char b) {
+         if (b == 0 || b == ' ') return kDateTimeInvalid;
+         if (alnum(b)) return kFormatString;
+         return ok;  // one literal; the date from the clock
+       }},
+      {"QWZDateTimeToText", "format", "YYYY-MM-DD", std::numeric_limits<ub1>::max(),
+       [&](const std::string &f, uint64_t n) {
+         ub4 cap = 256;
+         return QWZDateTimeToText(env_, err_, ts_, T(f), static_cast<ub1>(n), 0, nullptr, 0, &cap, buf);
+       },
+       // Failures other than an unsupported keyword record nothing here.
+       [&](size_t n) { return n == 1 ? kFormatString : n >= 1 && n <= 127 ? ok : silent; },
+       [&](unsigned char b) {
+         if (b == 0 || b == ' ') return silent;
+         if (keyword_letter(b)) return kFormatString;
+         if (alnum(b)) return silent;
+         return ok;
+       }},
+      {"QWZDateTimeConstruct", "timezone", "+05:30", std::numeric_limits<size_t>::max(),
+       [&](const std::string &z, uint64_t n) {
+         return QWZDateTimeConstruct(env_, err_, ts2_, 2024, 5, 17, 10, 0, 0, 0, T(z), static_cast<size_t>(n));
+       },
+       // Whatever part of "+05:30" is left reads as a zone.
+       [&](size_t) { return ok; },
+       // A letter fails the parse, which records nothing; anything else is
+       // an hour of one digit or none.
+       [&](unsigned char b) {
+         const bool letter = (b >= 'A' && b <= 'Z') || (b >= 'a' && b <= 'z');
+         return letter ? silent : ok;
+       }},
       {"QWZDateTimeFromText", "language", "AMERICAN", std::numeric_limits<size_t>::max(),
        [&](const std::string &l, uint64_t n) {
          return QWZDateTimeFromText(env_, err_, T("2024-05-17"), 10, T("YYYY-MM-DD"), 10, T(l), static_cast<size_t>(n), dt_[3]);
