@@ -33,6 +33,12 @@ if [ "${1:-}" = "--valgrind" ]; then
   cmake -S . -B "$dir" -DCMAKE_BUILD_TYPE=RelWithDebInfo -DQWZ_BUILD_TESTS=ON \
     -DQWZ_BUILD_EXAMPLES=OFF -UCMAKE_CROSSCOMPILING_EMULATOR
   cmake --build "$dir" -j"$(nproc)"
+  # Excluded under valgrind, by gtest filter: the test cases that need the
+  # x87 80-bit long double. Valgrind computes long double in 64-bit double
+  # precision (a documented limitation), so 1e400L becomes an infinity and
+  # the long double round trips lose bits; these cases pass natively and
+  # under the sanitizers, and the rest of their files runs here.
+  export QWZ_VALGRIND_EXCLUDE='QWZIntervalFromNumberConf.NumberNotConvertible:QWZIntervalMultiplyConf.FactorNotConvertible:QWZIntervalFromNumber_.NumbersTheRuntimeCannotRead:qwz_number_2_double_.ConvertsAndRecordsOnlyRuntimeFailures:QWZIntervalMultiply_.NumbersTheRuntimeCannotRead:QWZNumberFromReal_.FloatAndLongDoubleLengths:QWZNumberToReal_.OutOfTheRealTypesRange:DecimalFromReal.FloatAndLongDouble'
   logs=$dir/memcheck
   rm -rf "$logs" && mkdir -p "$logs"
   start=$(date +%s)
@@ -41,7 +47,7 @@ if [ "${1:-}" = "--valgrind" ]; then
       name=$(basename "$1")
       if valgrind --error-exitcode=99 --leak-check=full --errors-for-leak-kinds=definite,indirect \
            --show-leak-kinds=definite,indirect --track-origins=yes --log-file="$2/$name.log" \
-           "$1" --gtest_brief=1 >"$2/$name.out" 2>&1; then
+           "$1" --gtest_brief=1 "--gtest_filter=-$QWZ_VALGRIND_EXCLUDE" >"$2/$name.out" 2>&1; then
         echo "ok      $name"
       else
         echo "FAILED  $name (see $2/$name.log and $2/$name.out)"; exit 1
