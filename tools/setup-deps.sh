@@ -13,6 +13,11 @@ command -v nm >/dev/null || need+=(binutils)
 [ -f /usr/include/benchmark/benchmark.h ] || need+=(libbenchmark-dev)
 [ -f /usr/share/zoneinfo/Europe/Berlin ] || need+=(tzdata)
 command -v doxygen >/dev/null || need+=(doxygen)
+command -v valgrind >/dev/null || need+=(valgrind)
+# The fuzz targets: clang with libFuzzer and the sanitizer runtimes.
+command -v clang++ >/dev/null || need+=(clang)
+ls /usr/lib/llvm-*/lib/clang/*/lib/linux/libclang_rt.fuzzer-x86_64.a >/dev/null 2>&1 ||
+  need+=(libclang-rt-dev)
 if [ ${#need[@]} -gt 0 ]; then
   echo "installing: ${need[*]}"
   SUDO=""
