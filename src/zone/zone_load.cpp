@@ -237,11 +237,11 @@ FileResult load_file(const std::string &path, Zone *out) {
   pos += static_cast<std::size_t>(body);
   const std::size_t rem = b.size() - pos;
   if (b[pos] == '\n') {
-    const std::string spec(reinterpret_cast<const char *>(b.data() + pos + 1), rem - 2);
-    if (spec.find('\0') != std::string::npos || spec.find('\n') != std::string::npos)
+    const std::string rule_text(reinterpret_cast<const char *>(b.data() + pos + 1), rem - 2);
+    if (rule_text.find('\0') != std::string::npos || rule_text.find('\n') != std::string::npos)
       return FileResult::Refused;
-    if (!spec.empty()) {
-      if (!parse_posix(spec.c_str(), &z.rule)) return FileResult::Refused;
+    if (!rule_text.empty()) {
+      if (!parse_posix(rule_text.c_str(), &z.rule)) return FileResult::Refused;
       z.has_footer = true;
     }
   }
