@@ -29,7 +29,6 @@ constexpr ub4 API_INTERVAL_SUBTRACT = 158;
 constexpr ub4 API_INTERVAL_ADD = 159;
 
 // Detail values that say which NULL check fired.
-constexpr sb4 kFlagsPtr = 2;
 constexpr sb4 kResultPtr = 3;
 constexpr sb4 kResultDescriptor = 24;
 // Detail passed with the interval-is-invalid, type-invalid and type-diff
