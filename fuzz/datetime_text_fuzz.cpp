@@ -59,10 +59,14 @@ void round_trip(void *ctx, QWZError *err, ub4 type, ub1 fsprec, std::string &tex
     // matching the model early still reads, leaving a partial value.)
     QWZtext buf2[512] = {};
     cap = 256;
-    FUZZ_CHECK(QWZDateTimeToText(ctx, err, back, T(fmt), flen, fsprec, nullptr, 0, &cap, buf2) ==
-                   QWZ_SUCCESS,
-               "type %u '%s' '%s' -> %s does not write back: %s", type, out.c_str(), fmt.c_str(),
-               datetime_str(back).c_str(), last_diag().c_str());
+    const sword rc3 =
+        QWZDateTimeToText(ctx, err, back, T(fmt), flen, fsprec, nullptr, 0, &cap, buf2);
+    // Any one non-digit stands for a literal, so a literal before a signed
+    // year takes its '-' on the way back in: a five-character year comes
+    // back as four characters, which "SYYYY" then refuses to write.
+    if (rc3 != QWZ_SUCCESS && written_one_way(fmt, back->year)) return;
+    FUZZ_CHECK(rc3 == QWZ_SUCCESS, "type %u '%s' '%s' -> %s does not write back: %s", type,
+               out.c_str(), fmt.c_str(), datetime_str(back).c_str(), last_diag().c_str());
     std::string out2(reinterpret_cast<char *>(buf2));
     // Where the second text is the first one again and reads back, it is the
     // same value. (Fields written side by side with no separator may run
