@@ -5,7 +5,8 @@
 # crash, sanitizer report, leak or broken invariant; the input that caused
 # it is left as build/fuzz/artifacts/<target>/crash-*.
 #   tools/run-fuzz.sh [SECONDS] [TARGET...]
-# With QWZ_FUZZ_RUNS=N a target also stops after N executions.
+# With QWZ_FUZZ_RUNS=N a target also stops after N executions. The mutation
+# seed is fixed (QWZ_FUZZ_SEED, default 1) so that a run can be repeated.
 # The time zone is pinned: UTC for every target, and the datetime
 # arithmetic target a second time in a zone with summer time.
 set -euo pipefail
@@ -43,7 +44,7 @@ for run in "${runs[@]}"; do
   mkdir -p "$work" "$artifacts"
   log=build/fuzz/$t.${zone%%[-,]*}.log
   echo "== $t for ${seconds}s in TZ=$zone"
-  if ! TZ=$zone "build/fuzz/fuzz/$t" -max_total_time="$seconds" -runs="${QWZ_FUZZ_RUNS:--1}" -timeout=10 \
+  if ! TZ=$zone "build/fuzz/fuzz/$t" -max_total_time="$seconds" -runs="${QWZ_FUZZ_RUNS:--1}" -timeout=10 -seed="${QWZ_FUZZ_SEED:-1}" \
       -print_final_stats=1 -artifact_prefix="$artifacts/" "$work" "fuzz/corpus/$t" \
       >"$log" 2>&1; then
     tail -n 60 "$log"
