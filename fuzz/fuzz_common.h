@@ -116,10 +116,13 @@ inline bool has_keyword(const std::string &fmt, const char *kw) {
 }
 
 // Values that read under a model but are not written under it, by the
-// format table's design: "SYYYY" writes only years of five characters
-// (below -999 or above 9999).
+// format table's design: "SYYYY" writes only years whose "%04d" text has
+// five characters (below -999 or above 9999), "YYYY" only those of four.
+// (Time types do not check their date fields, so any 16-bit year occurs.)
 inline bool written_one_way(const std::string &fmt, int year) {
-  return has_keyword(fmt, "SYYYY") && year >= -999 && year <= 9999;
+  const int n = std::snprintf(nullptr, 0, "%04d", year);
+  if (has_keyword(fmt, "SYYYY")) return n != 5;
+  return has_keyword(fmt, "YYYY") && n != 4;
 }
 
 // Dates are written only up to the seconds: a model with more after "SS"
