@@ -47,8 +47,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
                        // A date's check leaves its time fields alone, and
                        // each is written truncated to a byte.
                        (type == DATETIME_KIND_DATE ||
-                        (again->hour == dt->hour && again->minute == dt->minute &&
-                         again->second == dt->second)),
+                        (again->hour == (dt->hour & 0xFF) && again->minute == (dt->minute & 0xFF) &&
+                         again->second == (dt->second & 0xFF))),
                    "%s -> %s", datetime_str(dt).c_str(), datetime_str(again).c_str());
     }
   }
