@@ -122,13 +122,16 @@ TEST_F(TextReading, DateTimeFromTextTrimsThenCuts) {
 
 // ---- date and datetime to text ---------------------------------------------
 
+// A format, the length it is given with, and the text it writes.
+struct ToTextCase {
+  const char *format;
+  ub1 length;
+  const char *text;
+};
+
 TEST_F(TextReading, DateToTextTrimsThenCutsTheFormat) {
   const QWZDate d{2024, 5, 17, 10, 20, 30};
-  struct Case {
-    const char *format;
-    ub1 length;
-    const char *text;
-  } cases[] = {
+  const ToTextCase cases[] = {
       {"  YYYY-MM-DD", 4, "2024"},
       {"  YYYY-MM-DD", 10, "2024-05-17"},
       {"  YYYY-MM-DD", 12, "2024-05-17"},
@@ -137,7 +140,7 @@ TEST_F(TextReading, DateToTextTrimsThenCutsTheFormat) {
       {" YYYY-MM-DD HH24:MI:SS ", 16, "2024-05-17 10:"},
       {" YYYY-MM-DD HH24:MI:SS ", 255, "2024-05-17 10:20:30"},
   };
-  for (const Case &c : cases) {
+  for (const ToTextCase &c : cases) {
     SCOPED_TRACE(std::string("'") + c.format + "' " + std::to_string(c.length));
     QWZtext buf[64];
     std::memset(buf, '#', sizeof buf);
@@ -154,17 +157,13 @@ TEST_F(TextReading, DateTimeToTextTrimsThenCutsTheFormat) {
   ASSERT_EQ(QWZDateTimeConstruct(session_, err_, dt, 2024, 5, 17, 10, 20, 30, 123456789,
                                  M("-05:30"), 6),
             0);
-  struct Case {
-    const char *format;
-    ub1 length;
-    const char *text;
-  } cases[] = {
+  const ToTextCase cases[] = {
       {"  YYYY-MM-DD", 4, "2024"},
       {"  HH24:MI:SS.FF3 TZH:TZM  ", 22, "10:20:30.123 -05:30"},
       {"  HH24:MI:SS.FF3 TZH:TZM  ", 14, "10:20:30.123"},
       {"  HH24:MI:SS.FF3 TZH:TZM  ", 255, "10:20:30.123 -05:30"},
   };
-  for (const Case &c : cases) {
+  for (const ToTextCase &c : cases) {
     SCOPED_TRACE(std::string("'") + c.format + "' " + std::to_string(c.length));
     QWZtext buf[64];
     ub4 size = sizeof buf - 1;
