@@ -5,6 +5,7 @@
 
 #include <atomic>
 #include <cstddef>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <new>
@@ -286,7 +287,25 @@ struct CacheEntry {
 struct FormatCache {
   CacheEntry entry[kCacheEntries];
   std::size_t next;
+  std::size_t last;
 };
+
+// Whether a[0, n) equals b[0, n): eight bytes at a time, the last word
+// overlapping the one before, so no byte loop and no library call for the
+// lengths formats have.
+inline bool same_bytes(const char *a, const char *b, std::size_t n) {
+  if (n < 8) return std::memcmp(a, b, n) == 0;
+  std::uint64_t x, y, diff = 0;
+  std::size_t i = 0;
+  for (; i + 8 < n; i += 8) {
+    std::memcpy(&x, a + i, 8);
+    std::memcpy(&y, b + i, 8);
+    diff |= x ^ y;
+  }
+  std::memcpy(&x, a + n - 8, 8);
+  std::memcpy(&y, b + n - 8, 8);
+  return (diff | (x ^ y)) == 0;
+}
 // Per thread and trivially constructible, so reaching it costs no guard.
 thread_local FormatCache t_cache;
 
@@ -295,8 +314,20 @@ thread_local FormatCache t_cache;
 const CompiledFormat *compile_format(const char *format, std::size_t n) {
   if (n == 0 || n > kMaxFormatLength) return nullptr;
   FormatCache &cache = t_cache;
-  for (CacheEntry &e : cache.entry)
-    if (e.used && e.length == n && std::memcmp(e.format, format, n) == 0) return &e.compiled;
+  // The entry that answered last is asked first: a run of conversions
+  // usually repeats one format.
+  {
+    CacheEntry &e = cache.entry[cache.last];
+    if (e.used && e.length == n && same_bytes(e.format, format, n)) return &e.compiled;
+  }
+  for (std::size_t i = 0; i < kCacheEntries; ++i) {
+    CacheEntry &e = cache.entry[i];
+    if (e.used && e.length == n && same_bytes(e.format, format, n)) {
+      cache.last = i;
+      return &e.compiled;
+    }
+  }
+  cache.last = cache.next;
   CacheEntry &e = cache.entry[cache.next];
   cache.next = (cache.next + 1) % kCacheEntries;
   TokenArray tokens;
@@ -306,6 +337,7 @@ const CompiledFormat *compile_format(const char *format, std::size_t n) {
   c.fault = validate_tokens(tokens.span());
   for (std::size_t i = 0; i < tokens.count; ++i) c.tok[i] = format_token(tokens.tok[i]);
   for (ParsePlan &p : c.plan) p.valid = 0;
+  for (WritePlan &w : c.write) w.state = 0;
   c.next_plan = 0;
   std::memcpy(e.format, format, n);
   e.length = n;

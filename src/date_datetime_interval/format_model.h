@@ -242,12 +242,55 @@ struct PlanStore {
   ub1 run;         // 1 when they stand side by side from pos[0]
   ub1 pos[7];      // their positions in the text
 };
+// What a recorded parse leaves in one of the value's fields, so a replay
+// can produce the number without writing and re-reading the field's text:
+// either a constant, or the digits standing side by side at `pos` read as
+// a decimal number and multiplied by `mult` (which carries the sign, the
+// fraction's trailing '0' and its scale to nanoseconds).
+struct PlanValue {
+  ub1 from_text;   // 0: `constant`
+  ub1 pos;
+  ub1 count;       // digits read, 1 to 6
+  std::int32_t mult;
+  std::int32_t constant;
+};
+// The value fields a parse produces, in this order.
+enum PlanValueField : ub1 {
+  kValueYear, kValueMonth, kValueDay, kValueHour, kValueMinute, kValueSecond,
+  kValueFraction, kValueTzHour, kValueTzMinute, kValueFields
+};
 struct ParsePlan {
   ub1 valid;
   ub1 length;
   ub1 stores;
+  // The value part: usable when every field's text reads as a constant or
+  // as a sign and a run of adjacent digits.
+  ub1 values_valid;
+  ub1 clock_needed;       // the year or the month was left empty
+  ub1 tz_given;
+  ub1 tz_hour_negative;   // the zone hour's text starts with '-'
   std::uint64_t shape[kPlanMaxText / 8];
   PlanStore store[kPlanMaxStores];
+  PlanValue value[kValueFields];
+};
+
+// A compiled writer for values whose fields all print at their usual
+// widths (year 0 to 9999; month to second, zone hour and minute within
+// 99): the text is a fixed template with digits dropped into it.
+inline constexpr std::size_t kWritePlanMaxText = 64;
+inline constexpr std::size_t kWritePlanMaxFields = 24;
+enum class WriteSource : ub1 { year, month, day, hour, minute, second, tz_hour, tz_minute, fraction };
+struct WriteField {
+  WriteSource source;
+  ub1 pos;
+  ub1 width;  // a fraction's digits
+};
+struct WritePlan {
+  ub1 state;  // 0: not built yet, 1: usable, 2: this format has none
+  ub1 length;
+  ub1 fields;
+  char text[kWritePlanMaxText + 8];  // the template, NUL-terminated
+  WriteField field[kWritePlanMaxFields];
 };
 
 struct CompiledFormat {
@@ -258,6 +301,9 @@ struct CompiledFormat {
   // Parses recorded under this format (per thread, like the format itself).
   mutable ParsePlan plan[2];
   mutable ub1 next_plan;
+  // Writers built on first use: [0] for datetimes, [1] for dates (which
+  // stop after the seconds and have neither fraction nor zone).
+  mutable WritePlan write[2];
 };
 
 // The tokens and the verdict of the rules for format[0, n) (n <= 127, no NUL

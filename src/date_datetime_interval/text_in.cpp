@@ -216,18 +216,53 @@ inline std::uint64_t text_word(const unsigned char *t, std::size_t n, std::size_
   return x;
 }
 
+// A word with every digit byte turned into '0': the high bit of each byte
+// strictly between '/' and ':' (bytes of 0x80 and above excluded) marks a
+// digit, whose low nibble is then cleared.
+inline std::uint64_t shape_word(std::uint64_t x) {
+  constexpr std::uint64_t ones = ~std::uint64_t{0} / 255, low7 = ones * 127, high = ones * 128;
+  const std::uint64_t digit =
+      (ones * (127 + ':') - (x & low7)) & ~x & ((x & low7) + ones * (127 - '/')) & high;
+  return x & ~((digit >> 7) * 0x0F);
+}
+
+// Word w of the text (zero past its end). The last, partial word of a text
+// of eight characters or more is read as the eight bytes ending at the
+// text's end, shifted down: one load instead of a byte loop.
+inline std::uint64_t text_word_at(const unsigned char *t, std::size_t n, std::size_t w) {
+  const std::size_t i = 8 * w;
+  if (i + 8 <= n) {
+    std::uint64_t x;
+    std::memcpy(&x, t + i, 8);
+    return x;
+  }
+  if (n >= 8) {
+    std::uint64_t x;
+    std::memcpy(&x, t + n - 8, 8);
+    return x >> (8 * (8 - (n - i)));
+  }
+  return text_word(t, n, i);
+}
+
 // The text with every digit read as '0', eight bytes at a time.
 void text_shape(const unsigned char *t, std::size_t n, std::uint64_t *shape) {
-  constexpr std::uint64_t ones = ~std::uint64_t{0} / 255, low7 = ones * 127, high = ones * 128;
+  for (std::size_t w = 0; w * 8 < n; ++w) shape[w] = shape_word(text_word_at(t, n, w));
+}
+
+// The recorded plan whose text had the shape of t, if any.
+inline const qwz::ParsePlan *matching_plan(const qwz::CompiledFormat &format,
+                                           const unsigned char *t, std::size_t n) {
+  const qwz::ParsePlan &a = format.plan[0];
+  const qwz::ParsePlan &b = format.plan[1];
+  bool same_a = a.valid && a.length == n;
+  bool same_b = b.valid && b.length == n;
+  if (!same_a && !same_b) return nullptr;
   for (std::size_t w = 0; w * 8 < n; ++w) {
-    const std::uint64_t x = text_word(t, n, 8 * w);
-    // High bit of each byte strictly between '/' and ':' (bytes of 0x80 and
-    // above excluded), that is of each digit; then clear the digits' low
-    // nibbles, turning them all into '0'.
-    const std::uint64_t digit =
-        (ones * (127 + ':') - (x & low7)) & ~x & ((x & low7) + ones * (127 - '/')) & high;
-    shape[w] = x & ~((digit >> 7) * 0x0F);
+    const std::uint64_t x = shape_word(text_word_at(t, n, w));
+    same_a &= a.shape[w] == x;
+    same_b &= b.shape[w] == x;
   }
+  return same_a ? &a : same_b ? &b : nullptr;
 }
 
 // The stores of a recorded parse, on a text of the same classes.
@@ -247,6 +282,118 @@ void replay(const qwz::ParsePlan &plan, const unsigned char *t, std::size_t n,
     store_slot(reinterpret_cast<char *>(&f) + s.offset, col, s.size);
     if (s.kind == qwz::FieldKind::zone) f.tz_given = 1;
   }
+}
+
+// The value field a slot of the record feeds.
+int value_field_of(std::size_t offset) {
+  using F = datetime_fields;
+  switch (offset) {
+    case offsetof(F, year): return qwz::kValueYear;
+    case offsetof(F, month): return qwz::kValueMonth;
+    case offsetof(F, day): return qwz::kValueDay;
+    case offsetof(F, hour): return qwz::kValueHour;
+    case offsetof(F, minute): return qwz::kValueMinute;
+    case offsetof(F, second): return qwz::kValueSecond;
+    case offsetof(F, fraction): return qwz::kValueFraction;
+    case offsetof(F, tz_hour): return qwz::kValueTzHour;
+    case offsetof(F, tz_minute): return qwz::kValueTzMinute;
+    default: return -1;
+  }
+}
+
+constexpr std::int32_t kPow10Int[10] = {1,      10,      100,      1000,      10000,
+                                        100000, 1000000, 10000000, 100000000, 1000000000};
+
+// Works out, from a recorded parse of text t, what each value field will
+// hold on any text of the same shape: the defaults of empty fields as
+// constants, the others as a sign and a run of digits read in place. A
+// field whose digits do not stand side by side leaves the value part
+// unusable (such texts then go through the record).
+void record_values(qwz::ParsePlan &plan, const unsigned char *t, bool tz_given) {
+  plan.values_valid = 0;
+  plan.clock_needed = 0;
+  plan.tz_given = tz_given ? 1 : 0;
+  plan.tz_hour_negative = 0;
+  // The last store into each slot is the one that stays.
+  int last[qwz::kValueFields];
+  for (int &l : last) l = -1;
+  for (std::size_t i = 0; i < plan.stores; ++i) {
+    const int field = value_field_of(plan.store[i].offset);
+    if (field < 0) return;
+    last[field] = static_cast<int>(i);
+  }
+  for (int field = 0; field < qwz::kValueFields; ++field) {
+    qwz::PlanValue &v = plan.value[field];
+    v = {};
+    const qwz::PlanStore *s = last[field] >= 0 ? &plan.store[last[field]] : nullptr;
+    if (!s || s->count == 0) {
+      // An empty field takes its default; year and month come from the clock.
+      if (field == qwz::kValueYear || field == qwz::kValueMonth) plan.clock_needed = 1;
+      if (field == qwz::kValueDay) v.constant = 1;
+      continue;
+    }
+    const bool fraction = s->kind == qwz::FieldKind::fraction;
+    std::size_t k = 0;
+    bool negative = false;
+    if (t[s->pos[0]] == '-') {
+      negative = true;
+      k = 1;
+    }
+    if (field == qwz::kValueTzHour) plan.tz_hour_negative = negative ? 1 : 0;
+    // The digits after the sign, up to the first other character.
+    const std::size_t first = k;
+    while (k < s->count && is_digit(t[s->pos[k]])) {
+      if (s->pos[k] != s->pos[first] + (k - first)) return;
+      ++k;
+    }
+    const std::size_t digits = k - first;
+    // A fraction's text ends in the '0' the parser adds, which counts as a
+    // digit only when every collected character before it was one.
+    const std::size_t zeros = fraction && k == s->count ? 1 : 0;
+    const std::size_t text_length = s->count + (fraction ? 1 : 0);
+    if (digits == 0) continue;  // reads as 0 whatever the shape holds
+    std::int64_t mult = kPow10Int[zeros];
+    if (fraction) mult *= kPow10Int[9 - (text_length > 9 ? 9 : text_length)];
+    v.from_text = 1;
+    v.pos = s->pos[first];
+    v.count = static_cast<ub1>(digits);
+    v.mult = static_cast<std::int32_t>(negative ? -mult : mult);
+  }
+  plan.values_valid = 1;
+}
+
+// The value of `count` adjacent digits; two and four are the usual counts.
+inline std::int64_t digits_value(const unsigned char *p, std::size_t count) {
+  switch (count) {
+    case 2: return (p[0] - '0') * 10 + (p[1] - '0');
+    case 4: return ((p[0] - '0') * 10 + (p[1] - '0')) * 100 + (p[2] - '0') * 10 + (p[3] - '0');
+    default: {
+      std::int64_t run = 0;
+      for (std::size_t k = 0; k < count; ++k) run = run * 10 + (p[k] - '0');
+      return run;
+    }
+  }
+}
+
+// The numbers of a recorded parse, on a text of the same shape.
+void replay_values(const qwz::ParsePlan &plan, const unsigned char *t, qwz::FieldValues &out) {
+  // Each field is written as it is worked out: gathering them in an array
+  // first and copying it costs more than the reading itself.
+  const auto value = [&](int field) -> std::int64_t {
+    const qwz::PlanValue &p = plan.value[field];
+    return p.from_text ? digits_value(t + p.pos, p.count) * p.mult : p.constant;
+  };
+  out.year = static_cast<long>(value(qwz::kValueYear));
+  out.month = static_cast<long>(value(qwz::kValueMonth));
+  out.day = static_cast<long>(value(qwz::kValueDay));
+  out.hour = static_cast<long>(value(qwz::kValueHour));
+  out.minute = static_cast<long>(value(qwz::kValueMinute));
+  out.second = static_cast<long>(value(qwz::kValueSecond));
+  out.fraction_ns = static_cast<ub4>(value(qwz::kValueFraction));
+  out.tz_hour = static_cast<long>(value(qwz::kValueTzHour));
+  out.tz_minute = static_cast<long>(value(qwz::kValueTzMinute));
+  out.tz_given = plan.tz_given != 0;
+  out.tz_hour_negative = plan.tz_hour_negative != 0;
 }
 
 // Fills what the text left empty: year and month from the local clock
@@ -277,24 +424,11 @@ bool parse_fields(const char *text, std::size_t n, const Tokens &tokens, datetim
   return read_fields(text, n, tokens, f, none) && apply_defaults(f, calendar_defaults);
 }
 
-// Parses under a compiled format, through one of its plans when the text
-// has the shape of one, else the parser (recording a plan when it succeeds).
-bool parse_compiled(const char *text, std::size_t n, const qwz::CompiledFormat &format,
-                    datetime_fields &f, bool calendar_defaults) {
-  if (n > qwz::kPlanMaxText) return parse_fields(text, n, format.span(), f, calendar_defaults);
+// The parser, recording a plan for the text's shape when it succeeds.
+[[gnu::noinline]] bool parse_and_record(const char *text, std::size_t n,
+                                        const qwz::CompiledFormat &format, datetime_fields &f,
+                                        bool calendar_defaults) {
   const auto *t = reinterpret_cast<const unsigned char *>(text);
-  std::uint64_t shape[qwz::kPlanMaxText / 8] = {};
-  text_shape(t, n, shape);
-  const std::size_t words = (n + 7) / 8;
-  for (const qwz::ParsePlan &plan : format.plan) {
-    if (!plan.valid || plan.length != n) continue;
-    bool same = true;
-    for (std::size_t w = 0; w < words; ++w) same &= plan.shape[w] == shape[w];
-    if (same) {
-      replay(plan, t, n, f);
-      return apply_defaults(f, calendar_defaults);
-    }
-  }
   PlanRecorder rec;
   if (!read_fields(text, n, format.span(), f, rec)) return false;
   if (rec.complete) {
@@ -302,10 +436,38 @@ bool parse_compiled(const char *text, std::size_t n, const qwz::CompiledFormat &
     format.next_plan = static_cast<ub1>((format.next_plan + 1) % 2);
     slot = rec.plan;
     slot.length = static_cast<ub1>(n);
-    std::memcpy(slot.shape, shape, sizeof shape);
+    std::memset(slot.shape, 0, sizeof slot.shape);
+    text_shape(t, n, slot.shape);
+    record_values(slot, t, f.tz_given == 1);
     slot.valid = 1;
   }
   return apply_defaults(f, calendar_defaults);
+}
+
+// Parses under a compiled format, through one of its plans when the text
+// has the shape of one, else the parser (recording a plan when it succeeds).
+bool parse_compiled(const char *text, std::size_t n, const qwz::CompiledFormat &format,
+                    datetime_fields &f, bool calendar_defaults) {
+  if (n > qwz::kPlanMaxText) return parse_fields(text, n, format.span(), f, calendar_defaults);
+  const auto *t = reinterpret_cast<const unsigned char *>(text);
+  if (const qwz::ParsePlan *plan = matching_plan(format, t, n)) {
+    replay(*plan, t, n, f);
+    return apply_defaults(f, calendar_defaults);
+  }
+  return parse_and_record(text, n, format, f, calendar_defaults);
+}
+
+// The numbers straight from a text of a recorded shape, when the plan's
+// value part applies; false leaves the text to parse_compiled.
+inline bool read_values_directly(const char *text, std::size_t n,
+                                 const qwz::CompiledFormat &format, bool calendar_defaults,
+                                 qwz::FieldValues &values) {
+  if (n > qwz::kPlanMaxText) return false;
+  const auto *t = reinterpret_cast<const unsigned char *>(text);
+  const qwz::ParsePlan *plan = matching_plan(format, t, n);
+  if (!plan || !plan->values_valid || (plan->clock_needed && calendar_defaults)) return false;
+  replay_values(*plan, t, values);
+  return true;
 }
 
 template <std::size_t N>
@@ -322,13 +484,13 @@ long slot_value(const char (&slot)[N]) {
   return qwz::decimal_value(slot, N);
 }
 
-void fields_to_date(const datetime_fields &f, QWZDate *date) {
-  date->year = static_cast<sb2>(slot_value(f.year));
-  date->month = static_cast<ub2>(slot_value(f.month));
-  date->day = static_cast<ub2>(slot_value(f.day));
-  date->hour = static_cast<ub2>(slot_value(f.hour));
-  date->minute = static_cast<ub2>(slot_value(f.minute));
-  date->second = static_cast<ub2>(slot_value(f.second));
+void values_to_date(const qwz::FieldValues &v, QWZDate *date) {
+  date->year = static_cast<sb2>(v.year);
+  date->month = static_cast<ub2>(v.month);
+  date->day = static_cast<ub2>(v.day);
+  date->hour = static_cast<ub2>(v.hour);
+  date->minute = static_cast<ub2>(v.minute);
+  date->second = static_cast<ub2>(v.second);
 }
 
 // Nanoseconds from the fraction text: value times 10^(9 - characters). The
@@ -376,6 +538,44 @@ bool text_to_fields(const QWZText *text, std::size_t text_length, const QWZText 
   return parse_compiled(t.begin, t.length, *tokens, fields, calendar_defaults);
 }
 
+void values_from_fields(const datetime_fields &f, FieldValues &v) {
+  v.year = slot_value(f.year);
+  v.month = slot_value(f.month);
+  v.day = slot_value(f.day);
+  v.hour = slot_value(f.hour);
+  v.minute = slot_value(f.minute);
+  v.second = slot_value(f.second);
+  v.fraction_ns = fraction_nanoseconds(f);
+  v.tz_hour = slot_value(f.tz_hour);
+  v.tz_minute = slot_value(f.tz_minute);
+  v.tz_given = f.tz_given == 1;
+  v.tz_hour_negative = f.tz_hour[0] == '-';
+}
+
+bool text_to_values(const QWZText *text, std::size_t text_length, const QWZText *format,
+                    std::size_t format_length, FieldValues &values, sb4 &error_code,
+                    bool calendar_defaults) {
+  if (!text || !format) return false;
+  const char *txt = reinterpret_cast<const char *>(text);
+  const char *fmt = reinterpret_cast<const char *>(format);
+  const std::size_t fmt_full = std::strlen(fmt);
+  if (fmt_full > kMaxFormatLength) return false;
+  const TrimmedText t = trim_and_cut(txt, std::strlen(txt), text_length);
+  const TrimmedText f = trim_and_cut(fmt, fmt_full, format_length);
+  const CompiledFormat *tokens = compile_format(f.begin, f.length);
+  if (!tokens) return false;
+  if (tokens->fault != FormatFault::none) {
+    error_code = kFormatFaultCode;
+    return false;
+  }
+  if (read_values_directly(t.begin, t.length, *tokens, calendar_defaults, values)) return true;
+  datetime_fields fields;
+  std::memset(&fields, 0, sizeof fields);
+  const bool ok = parse_compiled(t.begin, t.length, *tokens, fields, calendar_defaults);
+  values_from_fields(fields, values);
+  return ok;
+}
+
 }  // namespace qwz
 
 extern "C" {
@@ -400,13 +600,13 @@ int qwz_char_to_datetime(const QWZText *text, std::size_t text_length, const QWZ
 sword date_from_text(QWZError *errhp, const QWZText *text, std::size_t text_length,
                      const QWZText *format, std::size_t format_length, QWZDate *date) {
   if (!date) return -1;
-  datetime_fields f;
+  qwz::FieldValues v;
   sb4 code = 0;
-  if (!qwz::text_to_fields(text, text_length, format, format_length, f, code, true)) {
+  if (!qwz::text_to_values(text, text_length, format, format_length, v, code, true)) {
     if (code == qwz::kFormatFaultCode) report_format_fault(errhp);
     return -1;
   }
-  fields_to_date(f, date);
+  values_to_date(v, date);
   return 1;
 }
 
@@ -414,27 +614,26 @@ sword datetime_from_text(QWZError *errhp, const QWZText *text, std::size_t text_
                          const QWZText *format, std::size_t format_length,
                          QWZDateTime *datetime) {
   if (!datetime) return -1;
-  datetime_fields f;
-  std::memset(&f, 0, sizeof f);
+  qwz::FieldValues v;
   sb4 code = 0;
-  const bool ok = qwz::text_to_fields(text, text_length, format, format_length, f, code, true);
+  const bool ok = qwz::text_to_values(text, text_length, format, format_length, v, code, true);
   if (!ok && code == qwz::kFormatFaultCode) {
     report_format_fault(errhp);
     return -1;
   }
   // A text that did not match still goes on, with the fields as read; the
   // caller's validity check then judges the value.
-  if (f.tz_given == 1 && !qwz::datetime_has_zone(datetime->hdr.type)) {
+  if (v.tz_given && !qwz::datetime_has_zone(datetime->hdr.type)) {
     _QWZSetFrontEndErrorHandle(errhp, kDateFormatNotRecognizedText, kDateFormatNotRecognized);
     return -1;
   }
   QWZDate d;
-  fields_to_date(f, &d);
+  values_to_date(v, &d);
   qwz::set_datetime_date(datetime, d);
-  datetime->fraction = fraction_nanoseconds(f);
+  datetime->fraction = v.fraction_ns;
   // The minute keeps its own sign here, even under a negative zone hour.
-  datetime->tz_hour = static_cast<sb1>(slot_value(f.tz_hour));
-  datetime->tz_minute = static_cast<sb1>(slot_value(f.tz_minute));
+  datetime->tz_hour = static_cast<sb1>(v.tz_hour);
+  datetime->tz_minute = static_cast<sb1>(v.tz_minute);
   return ok ? 1 : 0;
 }
 
@@ -442,18 +641,16 @@ sword append_timezone_from_text(QWZError *errhp, const QWZText *text, std::size_
                                 const QWZText *format, std::size_t format_length,
                                 QWZDateTime *datetime) {
   if (!datetime) return -1;
-  datetime_fields f;
+  qwz::FieldValues v;
   sb4 code = 0;
   // Only the zone is read, so a missing year or month needs no clock.
-  if (!qwz::text_to_fields(text, text_length, format, format_length, f, code, false)) {
+  if (!qwz::text_to_values(text, text_length, format, format_length, v, code, false)) {
     if (code == qwz::kFormatFaultCode) report_format_fault(errhp);
     return -1;
   }
-  const long hour = slot_value(f.tz_hour);
-  const long minute = slot_value(f.tz_minute);
-  datetime->tz_hour = static_cast<sb1>(hour);
+  datetime->tz_hour = static_cast<sb1>(v.tz_hour);
   // The minute takes the zone hour's sign.
-  datetime->tz_minute = static_cast<sb1>(f.tz_hour[0] == '-' ? -minute : minute);
+  datetime->tz_minute = static_cast<sb1>(v.tz_hour_negative ? -v.tz_minute : v.tz_minute);
   return 0;
 }
 

@@ -53,6 +53,25 @@ QWZ_INTERNAL sword append_timezone_from_text(QWZError *errhp, const QWZText *tex
 
 namespace qwz {
 
+// The numbers a parsed record stands for, as the converters read them.
+struct FieldValues {
+  long year = 0, month = 0, day = 0, hour = 0, minute = 0, second = 0;
+  ub4 fraction_ns = 0;  // the fraction's text as nanoseconds, wrapped to 32 bits
+  long tz_hour = 0, tz_minute = 0;
+  bool tz_given = false;
+  bool tz_hour_negative = false;  // the zone hour's text starts with '-'
+};
+
+// The numbers of a record: each field's text read as a decimal number.
+void values_from_fields(const datetime_fields &fields, FieldValues &values);
+
+// As text_to_fields, but giving the record's numbers. Texts of a shape
+// already read under the same format are read straight to numbers, without
+// the record. `values` is written whenever parsing ran, matched or not.
+bool text_to_values(const QWZText *text, std::size_t text_length, const QWZText *format,
+                    std::size_t format_length, FieldValues &values, sb4 &error_code,
+                    bool calendar_defaults);
+
 // The shared entry behind the converters. With calendar_defaults false a
 // missing year or month is left empty instead of being taken from the
 // clock (for callers that read neither).

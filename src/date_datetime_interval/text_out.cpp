@@ -114,6 +114,155 @@ bool format_fields(char *out, std::size_t &out_len, const Tokens &tokens,
   return len > 0;
 }
 
+// Builds the writer of a compiled format for values at their usual widths,
+// following format_fields token by token: a date's fields print as four
+// digits (year) and two (the rest), a datetime's zone hour as a sign and two
+// digits; a date's fraction is "0" and its zone fields are empty.
+void build_write_plan(const qwz::CompiledFormat &format, bool date, qwz::WritePlan &plan) {
+  plan.state = 2;
+  std::size_t len = 0, fields = 0;
+  auto room = [&](std::size_t n) { return len + n <= qwz::kWritePlanMaxText; };
+  auto field = [&](qwz::WriteSource source, std::size_t width) {
+    if (fields == qwz::kWritePlanMaxFields || !room(width)) return false;
+    plan.field[fields++] = {source, static_cast<ub1>(len), static_cast<ub1>(width)};
+    std::memset(plan.text + len, '0', width);
+    len += width;
+    return true;
+  };
+  for (const qwz::FormatToken &tok : format.span()) {
+    switch (tok.kind) {
+      case qwz::FieldKind::literal:
+        if (!room(1)) return;
+        plan.text[len++] = tok.ch;
+        break;
+      case qwz::FieldKind::plain:
+      case qwz::FieldKind::zone: {
+        qwz::WriteSource source;
+        std::size_t have = 2;  // the field's text
+        switch (tok.id) {
+          case qwz::KW_DD: source = qwz::WriteSource::day; break;
+          case qwz::KW_HH: case qwz::KW_HH12: case qwz::KW_HH24: source = qwz::WriteSource::hour; break;
+          case qwz::KW_MI: source = qwz::WriteSource::minute; break;
+          case qwz::KW_MM: source = qwz::WriteSource::month; break;
+          case qwz::KW_SS: source = qwz::WriteSource::second; break;
+          case qwz::KW_TZH: source = qwz::WriteSource::tz_hour; have = date ? 0 : 3; break;
+          case qwz::KW_TZM: source = qwz::WriteSource::tz_minute; have = date ? 0 : 2; break;
+          default: return;
+        }
+        const std::size_t n = have < tok.width ? have : tok.width;
+        if (n == 0) break;
+        // Only whole field texts: a zone hour cut to its sign and one
+        // digit is left to the general path.
+        if (n != have) return;
+        if (!field(source, n)) return;
+        break;
+      }
+      case qwz::FieldKind::year:
+        // Four digits pass YYYY only.
+        if (tok.width != 4 || !field(qwz::WriteSource::year, 4)) return;
+        break;
+      case qwz::FieldKind::fraction:
+        if (!field(qwz::WriteSource::fraction, tok.width)) return;
+        break;
+      case qwz::FieldKind::ignored:
+        return;
+    }
+    if (tok.seconds && date) break;
+  }
+  if (len == 0) return;
+  plan.text[len] = '\0';
+  plan.length = static_cast<ub1>(len);
+  plan.fields = static_cast<ub1>(fields);
+  plan.state = 1;
+}
+
+// The values a writer drops into its template.
+struct WriteValues {
+  unsigned v[9];  // indexed by WriteSource; the zone hour without its sign
+  bool tz_negative;
+  ub4 fraction_ns;
+};
+
+// The first `width` digits of the nanosecond count's own text, or the
+// count itself when that text is shorter (as format_fields reads it).
+inline unsigned fraction_digits(ub4 ns, std::size_t width) {
+  static constexpr ub4 kPow10[10] = {1,      10,      100,      1000,      10000,
+                                     100000, 1000000, 10000000, 100000000, 1000000000};
+  std::size_t digits = 1;
+  while (digits < 10 && ns >= kPow10[digits]) ++digits;
+  return digits >= width ? ns / kPow10[digits - width] : ns;
+}
+
+// Writes through the plan into out (which has room for plan.length + 1).
+void write_through_plan(const qwz::WritePlan &plan, const WriteValues &w, char *out) {
+  std::memcpy(out, plan.text, plan.length + 1u);
+  for (std::size_t i = 0; i < plan.fields; ++i) {
+    const qwz::WriteField &f = plan.field[i];
+    char *at = out + f.pos;
+    switch (f.source) {
+      case qwz::WriteSource::year:
+        std::memcpy(at, qwz::kDigitPairs.text + 2 * (w.v[0] / 100), 2);
+        std::memcpy(at + 2, qwz::kDigitPairs.text + 2 * (w.v[0] % 100), 2);
+        break;
+      case qwz::WriteSource::tz_hour:
+        at[0] = w.tz_negative ? '-' : '+';
+        std::memcpy(at + 1, qwz::kDigitPairs.text + 2 * w.v[6], 2);
+        break;
+      case qwz::WriteSource::fraction: {
+        unsigned d = fraction_digits(w.fraction_ns, f.width);
+        for (std::size_t k = f.width; k-- > 0; d /= 10) at[k] = static_cast<char>('0' + d % 10);
+        break;
+      }
+      default:
+        std::memcpy(at, qwz::kDigitPairs.text + 2 * w.v[static_cast<unsigned>(f.source)], 2);
+        break;
+    }
+  }
+}
+
+// Writes a value whose fields are at their usual widths straight into the
+// caller's buffer, when the format has a writer. Returns false to leave the
+// call to the general path, which gives the same text.
+bool write_fast(const QWZDate &d, const QWZDateTime *dt, const QWZtext *format,
+                std::size_t format_length, QWZtext *buffer, const ub4 *buffer_size,
+                sb4 &error_code, sword &status) {
+  if (!format || !buffer || !buffer_size) return false;
+  if (d.year < 0 || d.year > 9999 || d.month > 99 || d.day > 99 || d.hour > 99 || d.minute > 99 ||
+      d.second > 99)
+    return false;
+  WriteValues w{{static_cast<unsigned>(d.year), d.month, d.day, d.hour, d.minute, d.second, 0, 0,
+                 0},
+                false,
+                0};
+  if (dt) {
+    if (dt->tz_hour < -99 || dt->tz_hour > 99 || dt->tz_minute < -99 || dt->tz_minute > 99)
+      return false;
+    w.tz_negative = dt->tz_hour < 0;
+    w.v[6] = static_cast<unsigned>(dt->tz_hour < 0 ? -dt->tz_hour : dt->tz_hour);
+    w.v[7] = static_cast<unsigned>(dt->tz_minute < 0 ? -dt->tz_minute : dt->tz_minute);
+    w.fraction_ns = dt->fraction;
+  }
+  const char *fmt = reinterpret_cast<const char *>(format);
+  const std::size_t full = std::strlen(fmt);
+  if (full > qwz::kMaxFormatLength) return false;
+  const qwz::TrimmedText f = qwz::trim_and_cut(fmt, full, format_length);
+  const qwz::CompiledFormat *tokens = qwz::compile_format(f.begin, f.length);
+  if (!tokens || tokens->fault != qwz::FormatFault::none) return false;
+  qwz::WritePlan &plan = tokens->write[dt ? 0 : 1];
+  if (plan.state == 0) build_write_plan(*tokens, dt == nullptr, plan);
+  if (plan.state != 1) return false;
+  // Same rule as the general path: the text and its NUL are copied once
+  // the capacity reaches the text's length.
+  if (*buffer_size < plan.length) {
+    error_code = qwz::kBufferTooSmallCode;
+    status = -1;
+    return true;
+  }
+  write_through_plan(plan, w, reinterpret_cast<char *>(buffer));
+  status = 0;
+  return true;
+}
+
 // The shared entry on a stack token array.
 bool fields_to_text(const datetime_fields &fields, const QWZtext *format,
                     std::size_t format_length, QWZtext *buffer, const ub4 *buffer_size,
@@ -257,6 +406,12 @@ int qwz_datetime_to_char(const datetime_fields *fields, const QWZtext *format,
 sword date_to_text(const QWZDate *date, const QWZtext *format, std::size_t format_length, ub1,
                    const ub4 *buffer_size, QWZtext *buffer, sb4 *error_code) {
   if (!date) return -1;
+  sword status = -1;
+  sb4 code = error_code ? *error_code : 0;
+  if (write_fast(*date, nullptr, format, format_length, buffer, buffer_size, code, status)) {
+    if (error_code) *error_code = code;
+    return status;
+  }
   datetime_fields f;
   qwz::date_to_fields(*date, f);
   return convert(f, format, format_length, buffer_size, buffer, error_code, true);
@@ -266,6 +421,13 @@ sword datetime_to_text(const QWZDateTime *datetime, const QWZtext *format,
                        std::size_t format_length, ub1, const ub4 *buffer_size, QWZtext *buffer,
                        sb4 *error_code) {
   if (!datetime) return -1;
+  sword status = -1;
+  sb4 code = error_code ? *error_code : 0;
+  if (write_fast(qwz::datetime_date(datetime), datetime, format, format_length, buffer,
+                 buffer_size, code, status)) {
+    if (error_code) *error_code = code;
+    return status;
+  }
   datetime_fields f;
   qwz::datetime_to_fields(*datetime, f);
   return convert(f, format, format_length, buffer_size, buffer, error_code, false);
