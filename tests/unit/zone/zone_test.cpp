@@ -10,6 +10,7 @@
 #include <cstring>
 #include <ctime>
 #include <thread>
+#include <unistd.h>
 #include <vector>
 
 namespace {
@@ -76,6 +77,73 @@ TEST(Zone, ChangeOfSettingTakesEffectAtOnce) {
   struct tm b = t;
   EXPECT_EQ(qwz::zone::to_seconds(&a), mktime(&b));
   set_tz("UTC0");
+}
+
+// Every way the environment can change between two calls is seen at the
+// next call: setenv and putenv replacing the variable, a putenv buffer
+// rewritten in place, other variables added or removed before it, TZ
+// removed and added again at the end, and the whole environment replaced.
+TEST(Zone, EveryChangeOfTheEnvironmentIsSeen) {
+  struct tm t = fields(2024, 7, 1, 12, 0, 0);
+  auto seconds = [&] {
+    struct tm a = t;
+    return static_cast<std::int64_t>(qwz::zone::to_seconds(&a));
+  };
+  constexpr std::int64_t kUtc = 1719835200;
+  set_tz("UTC0");
+  EXPECT_EQ(seconds(), kUtc);
+  setenv("TZ", "<+03>-3", 1);
+  EXPECT_EQ(seconds(), kUtc - 3 * 3600);
+  // A putenv buffer is the environment's own entry: rewriting it in place
+  // changes the setting.
+  static char buffer[] = "TZ=<+04>-4";
+  putenv(buffer);
+  EXPECT_EQ(seconds(), kUtc - 4 * 3600);
+  buffer[5] = '5';
+  buffer[9] = '5';  // "TZ=<+05>-5"
+  EXPECT_EQ(seconds(), kUtc - 5 * 3600);
+  buffer[0] = 'X';  // no longer TZ at all: unset
+  {
+    struct tm a = t, b = t;
+    EXPECT_EQ(qwz::zone::to_seconds(&a), mktime(&b));
+  }
+  buffer[0] = 'T';
+  EXPECT_EQ(seconds(), kUtc - 5 * 3600);
+  // Variables added after it and removed before it.
+  setenv("QWZ_ZONE_TEST_A", "1", 1);
+  setenv("QWZ_ZONE_TEST_B", "2", 1);
+  EXPECT_EQ(seconds(), kUtc - 5 * 3600);
+  setenv("TZ", "<+06>-6", 1);
+  setenv("QWZ_ZONE_TEST_C", "3", 1);
+  EXPECT_EQ(seconds(), kUtc - 6 * 3600);
+  unsetenv("QWZ_ZONE_TEST_A");
+  EXPECT_EQ(seconds(), kUtc - 6 * 3600);
+  unsetenv("TZ");
+  {
+    struct tm a = t, b = t;
+    EXPECT_EQ(qwz::zone::to_seconds(&a), mktime(&b));
+  }
+  setenv("TZ", "<+07>-7", 1);  // back, now at the end
+  EXPECT_EQ(seconds(), kUtc - 7 * 3600);
+  unsetenv("QWZ_ZONE_TEST_B");
+  unsetenv("QWZ_ZONE_TEST_C");
+  EXPECT_EQ(seconds(), kUtc - 7 * 3600);
+  // A whole new environment, with TZ at another place.
+  char **saved = environ;
+  char entry_a[] = "QWZ_ZONE_TEST_D=4";
+  char entry_tz[] = "TZ=<+08>-8";
+  char *fresh[] = {entry_a, entry_tz, nullptr};
+  environ = fresh;
+  EXPECT_EQ(seconds(), kUtc - 8 * 3600);
+  char *empty[] = {nullptr};
+  environ = empty;
+  {
+    struct tm a = t, b = t;
+    EXPECT_EQ(qwz::zone::to_seconds(&a), mktime(&b));
+  }
+  environ = saved;
+  set_tz("UTC0");
+  EXPECT_EQ(seconds(), kUtc);
 }
 
 TEST(Zone, StandardOffsets) {
