@@ -190,7 +190,21 @@ inline unsigned fraction_digits(ub4 ns, std::size_t width) {
                                      100000, 1000000, 10000000, 100000000, 1000000000};
   std::size_t digits = 1;
   while (digits < 10 && ns >= kPow10[digits]) ++digits;
-  return digits >= width ? ns / kPow10[digits - width] : ns;
+  if (digits < width) return ns;
+  // Division by a constant is a multiplication; by a variable it is one of
+  // the slowest instructions there are.
+  switch (digits - width) {
+    case 0: return ns;
+    case 1: return ns / 10u;
+    case 2: return ns / 100u;
+    case 3: return ns / 1000u;
+    case 4: return ns / 10000u;
+    case 5: return ns / 100000u;
+    case 6: return ns / 1000000u;
+    case 7: return ns / 10000000u;
+    case 8: return ns / 100000000u;
+    default: return ns / 1000000000u;
+  }
 }
 
 // Writes through the plan into out (which has room for plan.length + 1).
@@ -209,8 +223,12 @@ void write_through_plan(const qwz::WritePlan &plan, const WriteValues &w, char *
         std::memcpy(at + 1, qwz::kDigitPairs.text + 2 * w.v[6], 2);
         break;
       case qwz::WriteSource::fraction: {
+        // At most five digits: pairs from the back, then a single one.
         unsigned d = fraction_digits(w.fraction_ns, f.width);
-        for (std::size_t k = f.width; k-- > 0; d /= 10) at[k] = static_cast<char>('0' + d % 10);
+        std::size_t k = f.width;
+        for (; k >= 2; k -= 2, d /= 100)
+          std::memcpy(at + k - 2, qwz::kDigitPairs.text + 2 * (d % 100), 2);
+        if (k == 1) at[0] = static_cast<char>('0' + d % 10);
         break;
       }
       default:
