@@ -328,12 +328,85 @@ sword parse_input_with_ds_format(const char *text, char *daydigits, char *hourdi
   return accepted ? 0 : 1;
 }
 
+}  // extern "C"
+
+namespace {
+
+// Reads a run of 1 to `most` digits at *p into v; false when the run is
+// empty or longer. Stops at the first non-digit, so never passes a NUL.
+inline bool short_run(const char *&p, std::size_t most, std::int64_t &v) {
+  std::size_t n = 0;
+  v = 0;
+  for (; is_digit(*p); ++p, ++n) {
+    if (n == most) return false;
+    v = v * 10 + (*p - '0');
+  }
+  return n > 0;
+}
+
+inline bool two_digits_then(const char *&p, char next, std::int64_t &v) {
+  if (!is_digit(p[0]) || !is_digit(p[1]) || p[2] != next) return false;
+  v = (p[0] - '0') * 10 + (p[1] - '0');
+  p += 3;
+  return true;
+}
+
+// The usual day-second text, "[+|-]D HH:MI:SS[.F]" with no blank but the one
+// between day and hour, at most nine digits for the day and the fraction
+// and exactly two for the others: read in one pass. Such a text has the
+// same groups under the general reader, which takes every other text.
+bool read_plain_ds(const char *s, std::int64_t (&v)[kDsGroups], bool &negative) {
+  const char *p = s;
+  negative = *p == '-';
+  if (*p == '-' || *p == '+') ++p;
+  if (!short_run(p, 9, v[kDay]) || *p++ != ' ') return false;
+  if (!two_digits_then(p, ':', v[kHour]) || !two_digits_then(p, ':', v[kMinute])) return false;
+  if (!is_digit(p[0]) || !is_digit(p[1])) return false;
+  v[kSecond] = (p[0] - '0') * 10 + (p[1] - '0');
+  p += 2;
+  v[kFraction] = 0;
+  if (*p == '.') {
+    ++p;
+    if (!short_run(p, 9, v[kFraction])) return false;
+  }
+  return *p == '\0';
+}
+
+// The usual year-month text, "[+|-]Y-M" with no blank and at most nine
+// digits in each group.
+bool read_plain_ym(const char *s, std::int64_t (&v)[kYmGroups], bool &negative) {
+  const char *p = s;
+  negative = *p == '-';
+  if (*p == '-' || *p == '+') ++p;
+  if (!short_run(p, 9, v[kYear]) || *p++ != '-') return false;
+  return short_run(p, 9, v[kMonth]) && *p == '\0';
+}
+
+// store_groups for values already read: the same tests in the same order.
+template <std::size_t N>
+sb4 store_values(const std::int64_t (&values)[N], const FieldRange (&ranges)[N], bool negative,
+                 QWZInterval *result) {
+  for (const FieldRange &r : ranges)
+    if (values[r.group] < 0 || values[r.group] > r.max) return r.status;
+  for (std::size_t i = 0; i < N; ++i)
+    result->slot[i] = static_cast<sb4>(negative ? -values[i] : values[i]);
+  return 0;
+}
+
+}  // namespace
+
+extern "C" {
+
 sb4 interval_from_text(const QWZText *text, std::size_t /*length: read to the NUL*/,
                        QWZInterval *result) {
   if (!text || !result) return -1;
   const char *s = reinterpret_cast<const char *>(text);
   sword negative = 0;
+  bool plain_negative = false;
   if (result->hdr.type == INTERVAL_KIND_YM) {
+    std::int64_t values[kYmGroups];
+    if (read_plain_ym(s, values, plain_negative))
+      return store_values(values, kYmRanges, plain_negative, result);
     // Each buffer is only read up to its NUL, and a group is copied at most
     // once (and terminated): a leading NUL is all an absent group needs.
     char digits[kYmGroups][QWZ_INTERVAL_DIGITS_SIZE];
@@ -343,6 +416,9 @@ sb4 interval_from_text(const QWZText *text, std::size_t /*length: read to the NU
     return store_groups(digits, kYmRanges, negative != 0, result);
   }
   if (result->hdr.type == INTERVAL_KIND_DS) {
+    std::int64_t values[kDsGroups];
+    if (read_plain_ds(s, values, plain_negative))
+      return store_values(values, kDsRanges, plain_negative, result);
     char digits[kDsGroups][QWZ_INTERVAL_DIGITS_SIZE];
     for (auto &g : digits) g[0] = '\0';
     if (parse_input_with_ds_format(s, digits[kDay], digits[kHour], digits[kMinute],
