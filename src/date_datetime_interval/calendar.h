@@ -53,9 +53,11 @@ struct tm date_to_tm(const QWZDate *date);
 time_t tm_to_seconds(struct tm *tmv);                 // mktime, normalising *tmv
 void seconds_to_tm(time_t seconds, struct tm *out);   // localtime_r
 void tm_to_date(const struct tm *tmv, QWZDate *date); // fields truncated to 16 bits
+// mktime's instant for the date's fields (the fields themselves are not
+// needed back, so they are not normalised).
 inline time_t date_to_seconds(const QWZDate *date) {
-  struct tm t = date_to_tm(date);
-  return tm_to_seconds(&t);
+  const struct tm t = date_to_tm(date);
+  return zone::seconds_of(&t);
 }
 void seconds_to_date(time_t seconds, QWZDate *date);
 // The current local time, for functions that need the clock.

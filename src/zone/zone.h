@@ -20,6 +20,10 @@ namespace qwz::zone {
 // with *tmv untouched when the C library fails.
 time_t to_seconds(struct tm *tmv);
 
+// to_seconds on a copy of *tmv: the instant alone, without the work of
+// normalising the fields.
+time_t seconds_of(const struct tm *tmv);
+
 // localtime_r(&seconds, out) after the zone setting is read; false (and *out
 // unspecified) when the C library would return NULL.
 bool to_local(time_t seconds, struct tm *out);

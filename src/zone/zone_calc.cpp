@@ -226,31 +226,81 @@ Span Zone::lookup(std::int64_t t) const {
   return Span{trans_type[i].off, trans_type[i].dst, trans[i], trans[i + 1]};
 }
 
+namespace {
+
+// Days from 0000-03-01 of the proleptic calendar, moved on by kShiftEras
+// eras so that every year fill_tm accepts counts from zero.
+constexpr std::int64_t kShiftedEpoch = 719468 + kShiftEras * 146097;
+
+struct Civil {
+  std::int64_t year;
+  int month, day, yday, wday;
+};
+
+// The date of day `n` counted from the shifted epoch (n < 2^30), by
+// multiplications and shifts only: four short dependent steps instead of
+// a chain of divisions by non-powers of two. Centuries first (146097 days
+// per 400 years), then the year within the century (the multiplier
+// 2939745 / 2^32 stands for 4 / 1461 with the remainder kept in the low
+// half), then month and day within the year counted from March
+// (2141 / 2^16 stands for 5 / 153).
+inline Civil civil_from_shifted(std::uint32_t n) {
+  const std::uint32_t n1 = 4 * n + 3;
+  const std::uint32_t century = n1 / 146097;
+  const std::uint32_t n2 = (n1 % 146097) | 3;
+  const std::uint64_t p2 = std::uint64_t{2939745} * n2;
+  const std::uint32_t year_of_century = static_cast<std::uint32_t>(p2 >> 32);
+  const std::uint32_t day_of_year = static_cast<std::uint32_t>(p2) / 2939745 / 4;  // from March
+  const std::uint32_t n3 = 2141 * day_of_year + 197913;
+  const std::uint32_t month_from_march = n3 >> 16;
+  const std::uint32_t day = (n3 & 0xFFFF) / 2141;
+  const bool january_or_february = day_of_year >= 306;
+  Civil c;
+  c.year = static_cast<std::int64_t>(100 * century + year_of_century + january_or_february) -
+           kShiftEras * 400;
+  c.month = static_cast<int>(january_or_february ? month_from_march - 12 : month_from_march);
+  c.day = static_cast<int>(day + 1);
+  c.yday = static_cast<int>(january_or_february ? day_of_year - 306
+                                                : day_of_year + 59 + (leap(c.year) ? 1 : 0));
+  // The shifted epoch is one day past a multiple of seven from a Thursday.
+  c.wday = static_cast<int>((n + 3) % 7);
+  return c;
+}
+
+}  // namespace
+
 bool fill_tm(std::int64_t t, std::int64_t off, bool dst, struct tm *out) {
   const std::int64_t local = t + off;
   const std::int64_t days = floor_div(local, kDay);
   const std::int64_t secs = local - days * kDay;
-  std::int64_t y;
-  int m, d;
-  civil_from_days(days, &y, &m, &d);
+  const std::int64_t shifted = days + kShiftedEpoch;
+  Civil c;
+  if (shifted >= 0 && shifted < (std::int64_t{1} << 30)) {
+    c = civil_from_shifted(static_cast<std::uint32_t>(shifted));
+  } else {
+    civil_from_days(days, &c.year, &c.month, &c.day);
+    std::int64_t wd = (days + 4) % 7;
+    if (wd < 0) wd += 7;
+    c.wday = static_cast<int>(wd);
+    c.yday = static_cast<int>(days - days_from_civil(c.year, 1, 1));
+  }
+  const std::int64_t y = c.year;
   if (y < kMinYear || y > kMaxYear) return false;
   out->tm_year = static_cast<int>(y - 1900);
-  out->tm_mon = m - 1;
-  out->tm_mday = d;
+  out->tm_mon = c.month - 1;
+  out->tm_mday = c.day;
   out->tm_hour = static_cast<int>(secs / 3600);
   out->tm_min = static_cast<int>(secs / 60 % 60);
   out->tm_sec = static_cast<int>(secs % 60);
-  std::int64_t wd = (days + 4) % 7;
-  if (wd < 0) wd += 7;
-  out->tm_wday = static_cast<int>(wd);
-  out->tm_yday = static_cast<int>(days - days_from_civil(y, 1, 1));
+  out->tm_wday = c.wday;
+  out->tm_yday = c.yday;
   out->tm_isdst = dst ? 1 : 0;
   out->tm_gmtoff = static_cast<long>(off);
   out->tm_zone = "";
   return true;
 }
 
-int emulate_mktime(const Zone &z, struct tm *tmv, std::int64_t *result) {
+int emulate_mktime(const Zone &z, struct tm *tmv, std::int64_t *result, bool normalise) {
   if (tmv->tm_isdst < 0) return 0;
   const bool want = tmv->tm_isdst > 0;
   const int sec_requested = tmv->tm_sec;
@@ -295,6 +345,16 @@ int emulate_mktime(const Zone &z, struct tm *tmv, std::int64_t *result) {
   }
   t += sec_requested - sec;
   const Span f = z.lookup(t);
+  if (!normalise) {
+    // Only the instant is wanted: the same verdict fill_tm would give, from
+    // the local day alone.
+    static const std::int64_t first_day = days_from_civil(kMinYear, 1, 1);
+    static const std::int64_t last_day = days_from_civil(kMaxYear, 12, 31);
+    const std::int64_t day = floor_div(t + f.off, kDay);
+    if (day < first_day || day > last_day) return 0;
+    *result = t;
+    return 1;
+  }
   struct tm out = *tmv;
   if (!fill_tm(t, f.off, f.dst, &out)) return 0;
   *tmv = out;

@@ -83,7 +83,7 @@ bool fill_tm(std::int64_t t, std::int64_t off, bool dst, struct tm *out);
 
 // The mktime search for a daylight flag of 0 or 1. Returns 1 with *result and the
 // normalised *tmv, 0 to hand over.
-int emulate_mktime(const Zone &z, struct tm *tmv, std::int64_t *result);
+int emulate_mktime(const Zone &z, struct tm *tmv, std::int64_t *result, bool normalise = true);
 
 // Parsing: a POSIX rule string accepted only when it is certain how the C
 // library reads it; a zone file in the binary format, version 2 or later,

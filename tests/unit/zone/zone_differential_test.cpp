@@ -93,6 +93,11 @@ struct Checker {
     if (ra != rb || (ra != -1 && !same_tm(a, b)))
       fail("mktime of " + describe(in) + ": library " + std::to_string(ra) + " " + describe(a) +
            ", bridge " + std::to_string(rb) + " " + describe(b));
+    // The instant alone, without the fields normalised.
+    const time_t rc = qwz::zone::seconds_of(&in);
+    if (rc != ra)
+      fail("instant of " + describe(in) + ": library " + std::to_string(ra) + ", bridge " +
+           std::to_string(rc));
     if (ra != -1) instant(ra + 1);
   }
 

@@ -2,6 +2,9 @@
 // the C library, a change of TZ taking effect at the next call, standard
 // offsets, a few worked conversions, and lock-free use from two threads.
 #include "zone/zone.h"
+#include "zone/zone_model.h"
+
+#include "support/calendar_reference.h"
 
 #include <gtest/gtest.h>
 
@@ -144,6 +147,40 @@ TEST(Zone, EveryChangeOfTheEnvironmentIsSeen) {
   environ = saved;
   set_tz("UTC0");
   EXPECT_EQ(seconds(), kUtc);
+}
+
+// The broken-down fields of every day from before year -10000 to after
+// year 20000, at a few offsets and times of day, against the textbook
+// conversion; days outside the accepted years are refused.
+TEST(Zone, FieldsOfEveryDayAgreeWithTheTextbookConversion) {
+  const std::int64_t first = qwz_ref::days_from_civil(-10001, 12, 25);
+  const std::int64_t last = qwz_ref::days_from_civil(20001, 1, 5);
+  const std::int64_t offsets[] = {0, 3600, -18000, 50400};
+  // Under valgrind (tools/run-tests.sh sets QWZ_ZONE_SAMPLES) every 97th day.
+  const std::int64_t stride = std::getenv("QWZ_ZONE_SAMPLES") ? 97 : 1;
+  std::int64_t checked = 0;
+  for (std::int64_t day = first; day <= last; day += stride) {
+    const std::int64_t off = offsets[day & 3];
+    const std::int64_t second_of_day = ((day * 7919) % 86400 + 86400) % 86400;
+    const std::int64_t t = day * 86400 + second_of_day - off;
+    struct tm got;
+    std::memset(&got, 0, sizeof got);
+    const bool ok = qwz::zone::fill_tm(t, off, (day & 1) != 0, &got);
+    const qwz_ref::Civil c = qwz_ref::civil_from_days(day);
+    const bool in_range = c.y >= -10000 && c.y <= 20000;
+    ASSERT_EQ(ok, in_range) << day;
+    if (!ok) continue;
+    ++checked;
+    ASSERT_EQ(got.tm_year, c.y - 1900) << day;
+    ASSERT_EQ(got.tm_mon, c.m - 1) << day;
+    ASSERT_EQ(got.tm_mday, c.d) << day;
+    ASSERT_EQ(got.tm_yday, day - qwz_ref::days_from_civil(c.y, 1, 1)) << day;
+    ASSERT_EQ(got.tm_wday, qwz_ref::weekday_of_days(day)) << day;
+    ASSERT_EQ(got.tm_hour * 3600 + got.tm_min * 60 + got.tm_sec, second_of_day) << day;
+    ASSERT_EQ(got.tm_gmtoff, off) << day;
+    ASSERT_EQ(got.tm_isdst, (day & 1) != 0 ? 1 : 0) << day;
+  }
+  EXPECT_GT(checked, 10000000 / stride);
 }
 
 TEST(Zone, StandardOffsets) {
