@@ -146,6 +146,8 @@ bool datetime_to_utc_in(QWZError *errhp, QWZDateTime *datetime, QWZDateTime *utc
 sword with_utc_pair(QWZError *errhp, QWZDateTime *date1, QWZDateTime *date2,
                     sword (*use)(void *context, QWZDateTime *u1, QWZDateTime *u2),
                     void *context) {
+  // Both moves read the zone setting once, as one calendar routine.
+  const qwz::LocalTimeScope scope;
   if (qwz_trace_flag) [[unlikely]] {
     // The nested public calls are traced: the copies are real descriptors.
     QWZDateTime *u1 = qwz_datetime_2_utc(errhp, date1);
