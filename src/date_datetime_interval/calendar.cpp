@@ -78,15 +78,7 @@ ub2 month_of_day(const QWZDate *date) {
 }
 
 sword date_check(QWZError *, const QWZDate *date, uword *flags) {
-  uword f = 0;
-  if (date->year < -4712 || date->year > 9999) f = DATE_INVALID_YEAR;
-  if (date->year == 0) f = DATE_YEAR_ZERO;
-  if (date->month == 0 || date->month > 12) f += DATE_INVALID_MONTH;
-  else if (date->day == 0 || date->day > month_of_day(date)) f += DATE_INVALID_DAY;
-  if (date->hour > 23) f += DATE_INVALID_HOUR;
-  if (date->minute > 59) f += DATE_INVALID_MINUTE;
-  if (date->second > 59) f += DATE_INVALID_SECOND;
-  *flags = f;
+  *flags = qwz::date_flags(*date);
   return 0;
 }
 

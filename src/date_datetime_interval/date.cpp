@@ -32,11 +32,7 @@ constexpr sb4 kInputPtr = 1;
 constexpr sb4 kFlagsPtr = 2;
 constexpr sb4 kResultPtr = 3;
 
-bool date_invalid(QWZError *errhp, const QWZDate *date) {
-  uword flags = 0;
-  date_check(errhp, date, &flags);
-  return flags != 0;
-}
+bool date_invalid(QWZError *, const QWZDate *date) { return qwz::date_flags(*date) != 0; }
 
 Outcome invalid_date(QWZError *errhp) {
   return date_error(errhp, KIND_DATE_FORMAT, DETAIL_NONE, PARAM_NONE);

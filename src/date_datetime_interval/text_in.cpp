@@ -670,11 +670,9 @@ QWZ_API sword QWZDateFromText(QWZError *errhp, const QWZtext *date_str, ub4 d_st
         if (d_str_length == 0) return date_error(errhp, KIND_DATE_FORMAT, DETAIL_NONE, PARAM_NONE);
         if (date_from_text(errhp, date_str, d_str_length, fmt, fmt_length, date) == -1)
           return done(QWZ_ERROR);
-        uword flags = 0;
-        const sword status = date_check(errhp, date, &flags);
-        if (flags != 0)
+        if (qwz::date_flags(*date) != 0)
           return done(date_error(errhp, KIND_DATE_FORMAT, DETAIL_NONE, PARAM_NONE).status);
-        return done(status);
+        return done(0);
       },
       errhp, text_arg.arg(), d_str_length, fmt_arg.arg(), fmt_length, lang_arg.arg(), lang_length,
       date);

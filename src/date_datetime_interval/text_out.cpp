@@ -474,9 +474,8 @@ QWZ_API sword QWZDateToText(QWZError *errhp, const QWZDate *date, const QWZtext 
         if (!buf) return date_error(errhp, KIND_NULL_PARAM, kDateInputPtr, 8);
         // Lowering fmt_length to the format's own length would change
         // nothing: the format is read up to its NUL and cut at fmt_length.
-        uword flags = 0;
-        date_check(errhp, date, &flags);
-        if (flags != 0) return date_error(errhp, KIND_DATE_FORMAT, DETAIL_NONE, PARAM_NONE);
+        if (qwz::date_flags(*date) != 0)
+          return date_error(errhp, KIND_DATE_FORMAT, DETAIL_NONE, PARAM_NONE);
         sb4 code = 0;
         if (date_to_text(date, fmt, fmt_length, 0, buf_size, buf, &code) != 0) {
           const sb4 kind = code == qwz::kBufferTooSmallCode ? KIND_BUF_TOO_SMALL
