@@ -311,6 +311,30 @@ thread_local FormatCache t_cache;
 
 }  // namespace
 
+namespace {
+
+// Translates and checks a format into a cache entry. Apart from the lookup
+// so that the lookup itself needs no room for a token array: a large stack
+// frame is probed page by page on every call, hit or miss.
+[[gnu::noinline]] const CompiledFormat *compile_into(CacheEntry &e, const char *format,
+                                                     std::size_t n) {
+  TokenArray tokens;
+  translate_format(format, n, tokens);
+  CompiledFormat &c = e.compiled;
+  c.count = tokens.count;
+  c.fault = validate_tokens(tokens.span());
+  for (std::size_t i = 0; i < tokens.count; ++i) c.tok[i] = format_token(tokens.tok[i]);
+  for (ParsePlan &p : c.plan) p.valid = 0;
+  for (WritePlan &w : c.write) w.state = 0;
+  c.next_plan = 0;
+  std::memcpy(e.format, format, n);
+  e.length = n;
+  e.used = true;
+  return &c;
+}
+
+}  // namespace
+
 const CompiledFormat *compile_format(const char *format, std::size_t n) {
   if (n == 0 || n > kMaxFormatLength) return nullptr;
   FormatCache &cache = t_cache;
@@ -330,19 +354,7 @@ const CompiledFormat *compile_format(const char *format, std::size_t n) {
   cache.last = cache.next;
   CacheEntry &e = cache.entry[cache.next];
   cache.next = (cache.next + 1) % kCacheEntries;
-  TokenArray tokens;
-  translate_format(format, n, tokens);
-  CompiledFormat &c = e.compiled;
-  c.count = tokens.count;
-  c.fault = validate_tokens(tokens.span());
-  for (std::size_t i = 0; i < tokens.count; ++i) c.tok[i] = format_token(tokens.tok[i]);
-  for (ParsePlan &p : c.plan) p.valid = 0;
-  for (WritePlan &w : c.write) w.state = 0;
-  c.next_plan = 0;
-  std::memcpy(e.format, format, n);
-  e.length = n;
-  e.used = true;
-  return &c;
+  return compile_into(e, format, n);
 }
 
 bool keyword_table_initialised() {
