@@ -43,19 +43,11 @@ namespace qwz {
 // date_check's flags, inline for the public functions that only need to
 // know whether a date is valid (a call costs as much as the test).
 inline uword date_flags(const QWZDate &d) {
-  constexpr ub1 kDays[13] = {0, 31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
   uword f = 0;
   if (d.year < -4712 || d.year > 9999) f = DATE_INVALID_YEAR;
   if (d.year == 0) f = DATE_YEAR_ZERO;
-  if (d.month == 0 || d.month > 12) {
-    f += DATE_INVALID_MONTH;
-  } else {
-    const int y = d.year;
-    const unsigned last =
-        d.month == 2 ? ((y % 4 == 0 && (y % 100 != 0 || y % 400 == 0)) ? 29u : 28u)
-                     : kDays[d.month];
-    if (d.day == 0 || d.day > last) f += DATE_INVALID_DAY;
-  }
+  if (d.month == 0 || d.month > 12) f += DATE_INVALID_MONTH;
+  else if (d.day == 0 || d.day > qwz_last_day_of_month(d.year, d.month)) f += DATE_INVALID_DAY;
   if (d.hour > 23) f += DATE_INVALID_HOUR;
   if (d.minute > 59) f += DATE_INVALID_MINUTE;
   if (d.second > 59) f += DATE_INVALID_SECOND;

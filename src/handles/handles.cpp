@@ -273,13 +273,7 @@ QWZEnv *qwz_handle_env(const void *handle) {
 }
 
 ub2 qwz_get_last_day_of_month(const QWZDateTime *datetime) {
-  static constexpr ub2 kDays[13] = {0, 31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
-  const ub2 m = datetime->month;
-  if (m < 1 || m > 12) return 0;
-  if (m != 2) return kDays[m];
-  const int y = datetime->year;
-  const bool leap = y % 4 == 0 && (y % 100 != 0 || y % 400 == 0);
-  return leap ? 29 : 28;
+  return qwz_last_day_of_month(datetime->year, datetime->month);
 }
 
 long qwz_live_descriptor_count(void) { return g_live_descriptors.load(std::memory_order_relaxed); }

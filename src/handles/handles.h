@@ -129,6 +129,15 @@ QWZ_INTERNAL QWZEnv *qwz_handle_env(const void *handle);
 // Length of the datetime's month in its year (month 1..12, leap years by the
 // Gregorian rule for every year); 0 for a month outside 1..12.
 QWZ_INTERNAL ub2 qwz_get_last_day_of_month(const QWZDateTime *datetime);
+}  // extern "C"
+// The same for a year and a month, inline.
+inline ub2 qwz_last_day_of_month(int year, unsigned month) {
+  constexpr ub1 kDays[13] = {0, 31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
+  if (month < 1 || month > 12) return 0;
+  if (month != 2) return kDays[month];
+  return (year % 4 == 0 && (year % 100 != 0 || year % 400 == 0)) ? 29 : 28;
+}
+extern "C" {
 
 // Number of datetime and interval descriptors currently allocated, process-wide.
 QWZ_INTERNAL long qwz_live_descriptor_count(void);
