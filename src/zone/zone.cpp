@@ -188,9 +188,16 @@ const Snapshot *read_setting() {
   return slow_current(tz);
 }
 
+// Pins open on this thread; the setting is read at the first conversion
+// inside them and held until the outermost one closes.
+thread_local unsigned t_pins = 0;
+
 const Snapshot *current() {
   const Snapshot *p = t_pinned;
-  return p != nullptr ? p : read_setting();
+  if (p != nullptr) return p;
+  p = read_setting();
+  if (t_pins != 0) t_pinned = p;
+  return p;
 }
 
 bool library_local(time_t seconds, struct tm *out) {
@@ -201,11 +208,11 @@ bool library_local(time_t seconds, struct tm *out) {
 
 }  // namespace
 
-Pin::Pin() : previous_(t_pinned) {
-  if (t_pinned == nullptr) t_pinned = read_setting();
-}
+Pin::Pin() { ++t_pins; }
 
-Pin::~Pin() { t_pinned = static_cast<const Snapshot *>(previous_); }
+Pin::~Pin() {
+  if (--t_pins == 0) t_pinned = nullptr;
+}
 
 time_t to_seconds(struct tm *tmv) {
   const Snapshot *s = current();

@@ -32,18 +32,16 @@ bool to_local(time_t seconds, struct tm *out);
 // library's `timezone` gives it after tzset().
 long standard_offset();
 
-// Holds the setting read at construction for every conversion on this
-// thread until destruction, as the C library's localtime_r keeps the setting
-// its mktime read: one reading of TZ per calendar routine. Nests.
+// Holds the setting read by the first conversion made while it lives for
+// every later conversion on this thread until destruction, as the C
+// library's localtime_r keeps the setting its mktime read: one reading of TZ
+// per calendar routine, and none for a routine that converts nothing. Nests.
 class Pin {
  public:
   Pin();
   ~Pin();
   Pin(const Pin &) = delete;
   Pin &operator=(const Pin &) = delete;
-
- private:
-  const void *previous_;
 };
 
 // How many conversions went to the C library so far (all threads).
