@@ -65,6 +65,13 @@ Outcome bad_argument(std::string_view what, std::string_view word, std::string &
     }                                            \
   } while (0)
 
+// The outcome of a step, returned when it is not kOk.
+#define QWZDT_TRY(expr)               \
+  do {                                \
+    Outcome o_ = (expr);              \
+    if (o_ != kOk) return o_;         \
+  } while (0)
+
 void append_line(std::string &out, std::string_view s) {
   out += s;
   out += '\n';
@@ -150,6 +157,17 @@ Outcome print_date(Context &ctx, const Options &opt, const QWZDate &d, std::stri
   return print_date(ctx, opt.format.empty() ? std::string_view(kDateModel) : opt.format, d,
                     out, err_out);
 }
+
+}  // namespace
+
+Outcome date_to_text(Context &ctx, const Options &opt, std::string_view text,
+                     std::string_view model, std::string &out, std::string &err_out) {
+  QWZDate d{};
+  QWZDT_TRY(read_date(ctx, opt, text, d, err_out));
+  return print_date(ctx, model, d, out, err_out);
+}
+
+namespace {
 
 // ---- datetimes ------------------------------------------------------------
 
@@ -324,12 +342,6 @@ Outcome read_number(Context &ctx, std::string_view text, QWZNumber &n, std::stri
   return kOk;
 }
 
-#define QWZDT_TRY(expr)               \
-  do {                                \
-    Outcome o_ = (expr);              \
-    if (o_ != kOk) return o_;         \
-  } while (0)
-
 // ---- the date family ------------------------------------------------------
 
 Outcome date_cmd(Context &ctx, const Options &opt, std::string_view verb, ArgSpan a,
@@ -399,10 +411,7 @@ Outcome date_cmd(Context &ctx, const Options &opt, std::string_view verb, ArgSpa
     out += '\n';
     return kOk;
   }
-  if (verb == "to-text") {
-    QWZDT_TRY(read_date(ctx, opt, a[0], d, err_out));
-    return print_date(ctx, a[1], d, out, err_out);
-  }
+  if (verb == "to-text") return date_to_text(ctx, opt, a[0], a[1], out, err_out);
   if (verb == "from-text") {
     Options o = opt;
     o.format = std::string(a[1]);

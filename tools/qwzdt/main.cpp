@@ -108,9 +108,34 @@ int run_batch(qwzdt::Context &ctx, const Options &opt, const Args &templ) {
   words.reserve(16);
   positional.reserve(16);
   bool failed = false;
+  // The template `date to-text - MODEL` (the common conversion of a column
+  // of dates) goes straight to the command's routine, skipping the word
+  // list and the command table; a line that is an option goes the long way.
+  const bool date_to_text = templ.size() == 4 && templ[0] == "date" && templ[1] == "to-text" &&
+                            templ[2] == "-" && templ[3] != "-" && !has_option(templ);
+  // A failed line's output is replaced by its diagnostic line; output goes
+  // out in large blocks.
+  auto finish_line = [&](Outcome o, std::size_t mark) {
+    if (o != qwzdt::kOk) {
+      failed = true;
+      out.resize(mark);
+      out += first_line(err);
+      out += '\n';
+    }
+    if (out.size() > (1 << 16)) {
+      std::fwrite(out.data(), 1, out.size(), stdout);
+      out.clear();
+    }
+  };
   std::string_view l;
   while (reader.next(l)) {
     if (!l.empty() && l.back() == '\r') l.remove_suffix(1);
+    if (date_to_text && !(l.size() > 2 && l[0] == '-' && l[1] == '-')) {
+      err.clear();
+      const std::size_t mark = out.size();
+      finish_line(qwzdt::date_to_text(ctx, opt, l, templ[3], out, err), mark);
+      continue;
+    }
     if (templ.empty()) {
       split_words(l, arena, words);
     } else {
@@ -138,16 +163,7 @@ int run_batch(qwzdt::Context &ctx, const Options &opt, const Args &templ) {
     } else {
       o = qwzdt::run_command(ctx, opt, words, out, err);
     }
-    if (o != qwzdt::kOk) {
-      failed = true;
-      out.resize(mark);
-      out += first_line(err);
-      out += '\n';
-    }
-    if (out.size() > (1 << 16)) {
-      std::fwrite(out.data(), 1, out.size(), stdout);
-      out.clear();
-    }
+    finish_line(o, mark);
   }
   std::fwrite(out.data(), 1, out.size(), stdout);
   std::fflush(stdout);

@@ -63,6 +63,12 @@ class Context {
 Outcome run_command(Context &ctx, const Options &opt, const Args &args, std::string &out,
                     std::string &err_out);
 
+// `date to-text TEXT MODEL`: TEXT read under the --format model (or the
+// default one) and printed under MODEL, as run_command runs that command.
+// Batch mode calls it directly for the template `date to-text - MODEL`.
+Outcome date_to_text(Context &ctx, const Options &opt, std::string_view text,
+                     std::string_view model, std::string &out, std::string &err_out);
+
 // Splits argv-like words into options and positional arguments. Returns false
 // (with a message in `err_out`) for an unknown option or a missing value.
 bool take_options(const Args &words, Options &opt, Args &positional, std::string &err_out);
