@@ -7,6 +7,11 @@
 // characters, what a work buffer holds). The given length never extends a
 // text past its NUL, so the public functions' lowering of the lengths to
 // the texts' own changes nothing and is not repeated here.
+//
+// Parses are recorded per format and text shape (see ParsePlan): a later
+// text of the same shape is read by replaying the record, and, when every
+// field is a plain run of digits, straight to the numbers the converters
+// want, without the field-text record.
 #include "date_datetime_interval/calendar.h"
 #include "date_datetime_interval/datetime_record.h"
 #include "date_datetime_interval/diagnostics.h"

@@ -2,6 +2,10 @@
 // format is translated and checked, and the formatter assembles the text
 // piece by piece. Public QWZDateToText and QWZDateTimeToText.
 //
+// A value whose fields print at their usual widths skips the record: each
+// cached format carries a template writer, built on first use by following
+// the formatter token by token, that drops the digits into a fixed text.
+//
 // Field texts are written with bounded decimal conversions: a text longer
 // than its slot keeps the slot's first characters, which are all the
 // formatter ever reads from month to second and from the zone; a year text
