@@ -306,8 +306,9 @@ int value_field_of(std::size_t offset) {
   }
 }
 
-constexpr std::int32_t kPow10Int[10] = {1,      10,      100,      1000,      10000,
-                                        100000, 1000000, 10000000, 100000000, 1000000000};
+// 10^0 .. 10^9: the scales of fraction texts to nanoseconds.
+constexpr std::int64_t kPow10[10] = {1,      10,      100,      1000,      10000,
+                                     100000, 1000000, 10000000, 100000000, 1000000000};
 
 // Works out, from a recorded parse of text t, what each value field will
 // hold on any text of the same shape: the defaults of empty fields as
@@ -357,8 +358,8 @@ void record_values(qwz::ParsePlan &plan, const unsigned char *t, bool tz_given) 
     const std::size_t zeros = fraction && k == s->count ? 1 : 0;
     const std::size_t text_length = s->count + (fraction ? 1 : 0);
     if (digits == 0) continue;  // reads as 0 whatever the shape holds
-    std::int64_t mult = kPow10Int[zeros];
-    if (fraction) mult *= kPow10Int[9 - (text_length > 9 ? 9 : text_length)];
+    std::int64_t mult = kPow10[zeros];
+    if (fraction) mult *= kPow10[9 - (text_length > 9 ? 9 : text_length)];
     v.from_text = 1;
     v.pos = s->pos[first];
     v.count = static_cast<ub1>(digits);
@@ -503,8 +504,6 @@ void values_to_date(const qwz::FieldValues &v, QWZDate *date) {
 // integers for every text the slot can hold; wraps to 32 bits like the
 // field does.
 ub4 fraction_nanoseconds(const datetime_fields &f) {
-  static constexpr std::int64_t kPow10[10] = {1,      10,      100,      1000,      10000,
-                                              100000, 1000000, 10000000, 100000000, 1000000000};
   const std::size_t n = strnlen(f.fraction, sizeof f.fraction);
   const std::int64_t v = slot_value(f.fraction);
   return static_cast<ub4>(v * kPow10[9 - (n > 9 ? 9 : n)]);
