@@ -518,24 +518,39 @@ void report_format_fault(QWZError *errhp) {
 
 namespace qwz {
 
-bool text_to_fields(const QWZText *text, std::size_t text_length, const QWZText *format,
-                    std::size_t format_length, datetime_fields &fields, sb4 &error_code,
-                    bool calendar_defaults) {
-  if (!text || !format) return false;
+namespace {
+
+// What both entries do before parsing: the text read to its NUL, trimmed
+// and cut; the format likewise, refused at 128 characters as given (before
+// trimming and cutting), then translated and checked. Returns the compiled
+// format, or NULL when the call ends here (error_code is set to 5 when the
+// format itself is at fault).
+const CompiledFormat *prepare(const QWZText *text, std::size_t text_length, const QWZText *format,
+                              std::size_t format_length, TrimmedText &t, sb4 &error_code) {
+  if (!text || !format) return nullptr;
   const char *txt = reinterpret_cast<const char *>(text);
   const char *fmt = reinterpret_cast<const char *>(format);
   const std::size_t fmt_full = std::strlen(fmt);
-  const TrimmedText t = trim_and_cut(txt, std::strlen(txt), text_length);
+  if (fmt_full > kMaxFormatLength) return nullptr;
+  t = trim_and_cut(txt, std::strlen(txt), text_length);
   const TrimmedText f = trim_and_cut(fmt, fmt_full, format_length);
-  // The 127-character limit holds for the format as given, before trimming
-  // and cutting.
-  if (fmt_full > kMaxFormatLength) return false;
   const CompiledFormat *tokens = compile_format(f.begin, f.length);
-  if (!tokens) return false;
-  if (tokens->fault != FormatFault::none) {
+  if (tokens && tokens->fault != FormatFault::none) {
     error_code = kFormatFaultCode;
-    return false;
+    return nullptr;
   }
+  return tokens;
+}
+
+}  // namespace
+
+bool text_to_fields(const QWZText *text, std::size_t text_length, const QWZText *format,
+                    std::size_t format_length, datetime_fields &fields, sb4 &error_code,
+                    bool calendar_defaults) {
+  TrimmedText t{};
+  const CompiledFormat *tokens =
+      prepare(text, text_length, format, format_length, t, error_code);
+  if (!tokens) return false;
   // The record is cleared and filled in place: it holds what was read
   // whether or not the text matched.
   std::memset(&fields, 0, sizeof fields);
@@ -559,19 +574,10 @@ void values_from_fields(const datetime_fields &f, FieldValues &v) {
 bool text_to_values(const QWZText *text, std::size_t text_length, const QWZText *format,
                     std::size_t format_length, FieldValues &values, sb4 &error_code,
                     bool calendar_defaults) {
-  if (!text || !format) return false;
-  const char *txt = reinterpret_cast<const char *>(text);
-  const char *fmt = reinterpret_cast<const char *>(format);
-  const std::size_t fmt_full = std::strlen(fmt);
-  if (fmt_full > kMaxFormatLength) return false;
-  const TrimmedText t = trim_and_cut(txt, std::strlen(txt), text_length);
-  const TrimmedText f = trim_and_cut(fmt, fmt_full, format_length);
-  const CompiledFormat *tokens = compile_format(f.begin, f.length);
+  TrimmedText t{};
+  const CompiledFormat *tokens =
+      prepare(text, text_length, format, format_length, t, error_code);
   if (!tokens) return false;
-  if (tokens->fault != FormatFault::none) {
-    error_code = kFormatFaultCode;
-    return false;
-  }
   if (read_values_directly(t.begin, t.length, *tokens, calendar_defaults, values)) return true;
   datetime_fields fields;
   std::memset(&fields, 0, sizeof fields);
