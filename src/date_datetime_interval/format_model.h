@@ -259,6 +259,23 @@ enum PlanValueField : ub1 {
   kValueYear, kValueMonth, kValueDay, kValueHour, kValueMinute, kValueSecond,
   kValueFraction, kValueTzHour, kValueTzMinute, kValueFields
 };
+// The fields of the value part read from the text, in field order (so the
+// date's fields come first): the same reads as PlanValue, packed.
+struct PlanRead {
+  ub1 field;  // a PlanValueField
+  ub1 pos;
+  ub1 count;
+  std::int32_t mult;
+};
+// The shape test for one eight-byte word of a text, as masks: the text's
+// word x has the plan's shape when ((x & mask) ^ value) | ((x + carry) & over)
+// is 0. `mask` keeps the whole of a literal byte and the high nibble of a
+// digit byte, `value` holds the literal or 0x30; once those agree, a digit
+// byte (0x30 to 0x3F) reaches 0x40 after adding 6 exactly when it is above
+// '9'. Bytes past the text's end are masked out.
+struct ShapeWord {
+  std::uint64_t mask, value, carry, over;
+};
 struct ParsePlan {
   ub1 valid;
   ub1 length;
@@ -269,9 +286,13 @@ struct ParsePlan {
   ub1 clock_needed;       // the year or the month was left empty
   ub1 tz_given;
   ub1 tz_hour_negative;   // the zone hour's text starts with '-'
-  std::uint64_t shape[kPlanMaxText / 8];
+  ub1 reads;              // entries of `read`
+  ub1 date_reads;         // of them, those for year to second
+  ub2 date_constant[6];   // year to second as a date holds them, before the reads
+  ShapeWord shape[kPlanMaxText / 8];
   PlanStore store[kPlanMaxStores];
   PlanValue value[kValueFields];
+  PlanRead read[kValueFields];
 };
 
 // A compiled writer for values whose fields all print at their usual

@@ -249,25 +249,47 @@ inline std::uint64_t text_word_at(const unsigned char *t, std::size_t n, std::si
   return text_word(t, n, i);
 }
 
-// The text with every digit read as '0', eight bytes at a time.
-void text_shape(const unsigned char *t, std::size_t n, std::uint64_t *shape) {
-  for (std::size_t w = 0; w * 8 < n; ++w) shape[w] = shape_word(text_word_at(t, n, w));
+// The shape test of a plan, from the text it was recorded on: word by word,
+// the text with every digit read as '0' turned into masks (see ShapeWord).
+void build_shape(qwz::ParsePlan &plan, const unsigned char *t, std::size_t n) {
+  std::memset(plan.shape, 0, sizeof plan.shape);
+  for (std::size_t w = 0; w * 8 < n; ++w) {
+    const std::uint64_t shape = shape_word(text_word_at(t, n, w));
+    qwz::ShapeWord &sw = plan.shape[w];
+    for (std::size_t k = 0; k < 8; ++k) {
+      const std::uint64_t b = (shape >> (8 * k)) & 0xFF;
+      const std::size_t at = 8 * k;
+      if (b == '0') {
+        sw.mask |= std::uint64_t{0xF0} << at;
+        sw.value |= std::uint64_t{0x30} << at;
+        sw.carry |= std::uint64_t{0x06} << at;
+        sw.over |= std::uint64_t{0x40} << at;
+      } else if (b != 0) {  // 0 only past the text's end
+        sw.mask |= std::uint64_t{0xFF} << at;
+        sw.value |= b << at;
+      }
+    }
+  }
+}
+
+// Whether t (of the plan's length) has the plan's shape.
+inline bool has_shape(const qwz::ParsePlan &plan, const unsigned char *t, std::size_t n) {
+  for (std::size_t w = 0; w * 8 < n; ++w) {
+    const std::uint64_t x = text_word_at(t, n, w);
+    const qwz::ShapeWord &sw = plan.shape[w];
+    if ((((x & sw.mask) ^ sw.value) | ((x + sw.carry) & sw.over)) != 0) return false;
+  }
+  return true;
 }
 
 // The recorded plan whose text had the shape of t, if any.
 inline const qwz::ParsePlan *matching_plan(const qwz::CompiledFormat &format,
                                            const unsigned char *t, std::size_t n) {
   const qwz::ParsePlan &a = format.plan[0];
+  if (a.valid && a.length == n && has_shape(a, t, n)) return &a;
   const qwz::ParsePlan &b = format.plan[1];
-  bool same_a = a.valid && a.length == n;
-  bool same_b = b.valid && b.length == n;
-  if (!same_a && !same_b) return nullptr;
-  for (std::size_t w = 0; w * 8 < n; ++w) {
-    const std::uint64_t x = shape_word(text_word_at(t, n, w));
-    same_a &= a.shape[w] == x;
-    same_b &= b.shape[w] == x;
-  }
-  return same_a ? &a : same_b ? &b : nullptr;
+  if (b.valid && b.length == n && has_shape(b, t, n)) return &b;
+  return nullptr;
 }
 
 // The stores of a recorded parse, on a text of the same classes.
@@ -365,6 +387,17 @@ void record_values(qwz::ParsePlan &plan, const unsigned char *t, bool tz_given) 
     v.count = static_cast<ub1>(digits);
     v.mult = static_cast<std::int32_t>(negative ? -mult : mult);
   }
+  // The packed form: the reads in field order, and the date's fields as a
+  // date holds them before its reads.
+  plan.reads = 0;
+  plan.date_reads = 0;
+  for (int field = 0; field < qwz::kValueFields; ++field) {
+    const qwz::PlanValue &v = plan.value[field];
+    if (field <= qwz::kValueSecond) plan.date_constant[field] = static_cast<ub2>(v.constant);
+    if (!v.from_text) continue;
+    plan.read[plan.reads++] = {static_cast<ub1>(field), v.pos, v.count, v.mult};
+    if (field <= qwz::kValueSecond) plan.date_reads = plan.reads;
+  }
   plan.values_valid = 1;
 }
 
@@ -383,23 +416,40 @@ inline std::int64_t digits_value(const unsigned char *p, std::size_t count) {
 
 // The numbers of a recorded parse, on a text of the same shape.
 void replay_values(const qwz::ParsePlan &plan, const unsigned char *t, qwz::FieldValues &out) {
-  // Each field is written as it is worked out: gathering them in an array
-  // first and copying it costs more than the reading itself.
-  const auto value = [&](int field) -> std::int64_t {
-    const qwz::PlanValue &p = plan.value[field];
-    return p.from_text ? digits_value(t + p.pos, p.count) * p.mult : p.constant;
-  };
-  out.year = static_cast<long>(value(qwz::kValueYear));
-  out.month = static_cast<long>(value(qwz::kValueMonth));
-  out.day = static_cast<long>(value(qwz::kValueDay));
-  out.hour = static_cast<long>(value(qwz::kValueHour));
-  out.minute = static_cast<long>(value(qwz::kValueMinute));
-  out.second = static_cast<long>(value(qwz::kValueSecond));
-  out.fraction_ns = static_cast<ub4>(value(qwz::kValueFraction));
-  out.tz_hour = static_cast<long>(value(qwz::kValueTzHour));
-  out.tz_minute = static_cast<long>(value(qwz::kValueTzMinute));
+  long *const field_slot[qwz::kValueFields] = {&out.year,   &out.month,  &out.day,
+                                              &out.hour,   &out.minute, &out.second,
+                                              nullptr,     &out.tz_hour, &out.tz_minute};
+  for (int field = 0; field < qwz::kValueFields; ++field)
+    if (field != qwz::kValueFraction) *field_slot[field] = plan.value[field].constant;
+  out.fraction_ns = static_cast<ub4>(plan.value[qwz::kValueFraction].constant);
+  for (std::size_t k = 0; k < plan.reads; ++k) {
+    const qwz::PlanRead &r = plan.read[k];
+    const std::int64_t v = digits_value(t + r.pos, r.count) * r.mult;
+    if (r.field == qwz::kValueFraction)
+      out.fraction_ns = static_cast<ub4>(v);
+    else
+      *field_slot[r.field] = static_cast<long>(v);
+  }
   out.tz_given = plan.tz_given != 0;
   out.tz_hour_negative = plan.tz_hour_negative != 0;
+}
+
+// A date's fields straight from a text of a recorded shape: the plan's
+// constants, then its reads of year to second, each cut to the field's 16
+// bits as a conversion of the number would.
+inline void replay_date(const qwz::ParsePlan &plan, const unsigned char *t, QWZDate &date) {
+  ub2 slot[6];
+  std::memcpy(slot, plan.date_constant, sizeof slot);
+  for (std::size_t k = 0; k < plan.date_reads; ++k) {
+    const qwz::PlanRead &r = plan.read[k];
+    slot[r.field] = static_cast<ub2>(digits_value(t + r.pos, r.count) * r.mult);
+  }
+  date.year = static_cast<sb2>(slot[0]);
+  date.month = slot[1];
+  date.day = slot[2];
+  date.hour = slot[3];
+  date.minute = slot[4];
+  date.second = slot[5];
 }
 
 // Fills what the text left empty: year and month from the local clock
@@ -442,8 +492,7 @@ bool parse_fields(const char *text, std::size_t n, const Tokens &tokens, datetim
     format.next_plan = static_cast<ub1>((format.next_plan + 1) % 2);
     slot = rec.plan;
     slot.length = static_cast<ub1>(n);
-    std::memset(slot.shape, 0, sizeof slot.shape);
-    text_shape(t, n, slot.shape);
+    build_shape(slot, t, n);
     record_values(slot, t, f.tz_given == 1);
     slot.valid = 1;
   }
@@ -542,6 +591,16 @@ const CompiledFormat *prepare(const QWZText *text, std::size_t text_length, cons
   return tokens;
 }
 
+// The numbers of a text that has no usable plan: through the record.
+[[gnu::noinline]] bool values_through_record(const TrimmedText &t, const CompiledFormat &tokens,
+                                             FieldValues &values, bool calendar_defaults) {
+  datetime_fields fields;
+  std::memset(&fields, 0, sizeof fields);
+  const bool ok = parse_compiled(t.begin, t.length, tokens, fields, calendar_defaults);
+  values_from_fields(fields, values);
+  return ok;
+}
+
 }  // namespace
 
 bool text_to_fields(const QWZText *text, std::size_t text_length, const QWZText *format,
@@ -579,11 +638,27 @@ bool text_to_values(const QWZText *text, std::size_t text_length, const QWZText 
       prepare(text, text_length, format, format_length, t, error_code);
   if (!tokens) return false;
   if (read_values_directly(t.begin, t.length, *tokens, calendar_defaults, values)) return true;
-  datetime_fields fields;
-  std::memset(&fields, 0, sizeof fields);
-  const bool ok = parse_compiled(t.begin, t.length, *tokens, fields, calendar_defaults);
-  values_from_fields(fields, values);
-  return ok;
+  return values_through_record(t, *tokens, values, calendar_defaults);
+}
+
+bool text_to_date(const QWZText *text, std::size_t text_length, const QWZText *format,
+                  std::size_t format_length, QWZDate &date, sb4 &error_code) {
+  TrimmedText t{};
+  const CompiledFormat *tokens =
+      prepare(text, text_length, format, format_length, t, error_code);
+  if (!tokens) return false;
+  if (t.length <= kPlanMaxText) {
+    const auto *tt = reinterpret_cast<const unsigned char *>(t.begin);
+    const ParsePlan *plan = matching_plan(*tokens, tt, t.length);
+    if (plan && plan->values_valid && !plan->clock_needed) {
+      replay_date(*plan, tt, date);
+      return true;
+    }
+  }
+  FieldValues v;
+  if (!values_through_record(t, *tokens, v, true)) return false;
+  values_to_date(v, &date);
+  return true;
 }
 
 }  // namespace qwz
@@ -610,13 +685,11 @@ int qwz_char_to_datetime(const QWZText *text, std::size_t text_length, const QWZ
 sword date_from_text(QWZError *errhp, const QWZText *text, std::size_t text_length,
                      const QWZText *format, std::size_t format_length, QWZDate *date) {
   if (!date) return -1;
-  qwz::FieldValues v;
   sb4 code = 0;
-  if (!qwz::text_to_values(text, text_length, format, format_length, v, code, true)) {
+  if (!qwz::text_to_date(text, text_length, format, format_length, *date, code)) {
     if (code == qwz::kFormatFaultCode) report_format_fault(errhp);
     return -1;
   }
-  values_to_date(v, date);
   return 1;
 }
 

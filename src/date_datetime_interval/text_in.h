@@ -72,6 +72,11 @@ bool text_to_values(const QWZText *text, std::size_t text_length, const QWZText 
                     std::size_t format_length, FieldValues &values, sb4 &error_code,
                     bool calendar_defaults);
 
+// As text_to_values, for a date: year to second, each cut to the date's
+// 16-bit field. `date` is written only when the text matched.
+bool text_to_date(const QWZText *text, std::size_t text_length, const QWZText *format,
+                  std::size_t format_length, QWZDate &date, sb4 &error_code);
+
 // The shared entry behind the converters. With calendar_defaults false a
 // missing year or month is left empty instead of being taken from the
 // clock (for callers that read neither).
