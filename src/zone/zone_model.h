@@ -49,6 +49,13 @@ struct Span {
   std::int64_t lo, hi;
 };
 
+// One UTC year of a POSIX rule with summer time: where the year starts and
+// the rule's two change instants as the C library places them for it.
+struct RuleYear {
+  std::int64_t start;
+  std::int64_t c0, c1;
+};
+
 struct Zone {
   // Rule everywhere (a TZ rule string), or a table of transitions with the
   // type before the first and, past the last, the footer rule if present.
@@ -63,14 +70,22 @@ struct Zone {
   // Standard offset the C library reports; valid unless std_ambiguous.
   long std_off = 0;
   bool std_ambiguous = false;
+  // The rule's change instants, worked out once for the years most
+  // conversions fall in (rule_years.back() only marks where the last year
+  // ends); years outside are worked out at each lookup.
+  std::vector<RuleYear> rule_years;
 
   Span lookup(std::int64_t t) const;
+  Span rule_span(std::int64_t t) const;
 };
 
 // The instant of a POSIX change rule in a given year (UTC year of the
 // instant being converted), with the offset that the rule's time is in.
 std::int64_t rule_change(const ChangeRule &r, int year, long offset);
 Span rule_lookup(const PosixRule &r, std::int64_t t);
+// The years [first, last] of rule_years for a zone (empty without a rule
+// with summer time).
+void fill_rule_years(Zone *z);
 
 // Proleptic Gregorian calendar helpers.
 std::int64_t days_from_civil(std::int64_t y, int m, int d);
