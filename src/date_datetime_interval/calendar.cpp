@@ -142,9 +142,16 @@ sword date_last_day(QWZError *, const QWZDate *date, QWZDate *result) {
 sword date_next_day(QWZError *, const QWZDate *date, ub4 weekday, QWZDate *result) {
   const qwz::LocalTimeScope scope;
   struct tm t = qwz::date_to_tm(date);
-  struct tm now;
-  qwz::seconds_to_tm(qwz::tm_to_seconds(&t), &now);
-  const int w = now.tm_wday;
+  // mktime leaves in *tm the local time of the instant it returns, so the
+  // weekday is there already; only -1 (which may mean failure, with *tm
+  // untouched) needs the conversion back.
+  const time_t first = qwz::tm_to_seconds(&t);
+  int w = t.tm_wday;
+  if (first == -1) {
+    struct tm now;
+    qwz::seconds_to_tm(first, &now);
+    w = now.tm_wday;
+  }
   const sb4 step = static_cast<sb4>(weekday) - w + (w < static_cast<int>(weekday) ? 0 : 7);
   // mktime again on the structure it normalised the first time.
   const time_t s = qwz::tm_to_seconds(&t) + day_product(step);

@@ -44,14 +44,20 @@ Outcome week_format(QWZError *errhp) {
 
 constexpr const char *kWeekdays[7] = {"sunday",   "monday", "tuesday", "wednesday",
                                       "thursday", "friday", "saturday"};
+constexpr ub4 kLongestWeekday = 9;  // "wednesday"
 
 // The first `length` bytes of the name (its NUL included when the length
 // reaches it) against the folded text. The name has no bytes past its NUL, so
 // a longer length never matches: "monday" followed by a NUL matches with
 // length 7, never with 8 or more, whatever follows in the caller's text.
 bool weekday_matches(const char *name, const ub1 *folded, ub4 length) {
-  if (length > std::strlen(name) + 1) return false;
-  return std::memcmp(name, folded, length) == 0;
+  // Byte by byte up to the name's NUL: lengths are at most 10 here, too
+  // short for a library call to pay.
+  for (ub4 i = 0; i < length; ++i) {
+    if (static_cast<ub1>(name[i]) != folded[i]) return false;
+    if (name[i] == '\0') return i + 1 == length;
+  }
+  return true;
 }
 
 // QWZDateCompare and QWZDateDaysBetween: same checks, both inputs examined.
@@ -160,15 +166,22 @@ QWZ_API sword QWZDateNextDay(QWZError *errhp, const QWZDate *date, const QWZtext
         if (day_length <= 5) return week_format(errhp);
         if (!next_day) return date_error(errhp, KIND_NULL_PARAM, kInputPtr, 5);
         if (date_invalid(errhp, date)) return invalid_date(errhp);
-        // No weekday name is 128 bytes long, so such a length can never match.
-        ub1 buf[128];
-        if (day_length >= sizeof buf) return week_format(errhp);
-        // Bytes after the text's first NUL never take part, so none is read.
-        const std::size_t n = strnlen(reinterpret_cast<const char *>(day_p), day_length);
-        std::memcpy(buf, day_p, n);
-        std::memset(buf + n, 0, sizeof buf - n);
-        ub4 folded = day_length;
-        if (lower_string(buf, &folded) != 0) return week_format(errhp);
+        // No weekday name with its NUL is longer than 10 bytes, so a longer
+        // length can never match: whatever the text holds, the answer is the
+        // format error.
+        if (day_length > kLongestWeekday + 1) return week_format(errhp);
+        // The text up to its first NUL (bytes after it never take part, so
+        // none is read), folded to lower case: anything but ASCII letters
+        // there is a format error.
+        ub1 buf[16] = {};
+        bool letters = true;
+        for (ub4 i = 0; i < day_length && day_p[i] != 0; ++i) {
+          const ub1 c = day_p[i];
+          const bool upper = c >= 'A' && c <= 'Z';
+          if (!upper && !(c >= 'a' && c <= 'z')) letters = false;
+          buf[i] = upper ? static_cast<ub1>(c - 'A' + 'a') : c;
+        }
+        if (!letters) return week_format(errhp);
         for (ub4 i = 0; i < 7; ++i)
           if (weekday_matches(kWeekdays[i], buf, day_length))
             return done(date_next_day(errhp, date, i, next_day));

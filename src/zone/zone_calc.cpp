@@ -20,11 +20,19 @@ constexpr int kCum[2][13] = {
     {0, 31, 59, 90, 120, 151, 181, 212, 243, 273, 304, 334, 365},
     {0, 31, 60, 91, 121, 152, 182, 213, 244, 274, 305, 335, 366}};
 
-std::int64_t floor_div(std::int64_t a, std::int64_t b) {
+constexpr std::int64_t floor_div(std::int64_t a, std::int64_t b) {
   std::int64_t q = a / b;
   if ((a % b != 0) && ((a < 0) != (b < 0))) --q;
   return q;
 }
+
+// Days from 1970-01-01 to 1 January of `y`, for constants.
+constexpr std::int64_t days_of_new_year(std::int64_t y) {
+  const std::int64_t p = y - 1;  // years before y, counted from year 0
+  return 365 * p + floor_div(p, 4) - floor_div(p, 100) + floor_div(p, 400) + 366 - 719528;
+}
+static_assert(days_of_new_year(1970) == 0 && days_of_new_year(2000) == 10957 &&
+              days_of_new_year(1) == -719162 && days_of_new_year(0) == -719528);
 
 // The probe grid the C library walks, in both directions, when the instant
 // it found shows daylight time and standard time was asked for: steps of a
@@ -35,30 +43,36 @@ constexpr std::int64_t kMaxSteps = 381;
 
 // Finds the nearest probe showing the wanted daylight flag and gives the
 // instant the fields denote under that probe's offset; with none, the
-// instant found moved by one hour towards the wanted flag.
-void flag_probe(const Zone &z, bool want, std::int64_t fields, std::int64_t t,
+// instant found moved by one hour towards the wanted flag. `at` is the span
+// holding `t` (its flag is not the wanted one): the probes inside it are
+// known to fail and are skipped.
+void flag_probe(const Zone &z, bool want, std::int64_t fields, std::int64_t t, const Span &at,
                 std::int64_t *out) {
   std::int64_t kb = 0, off_b = 0;
-  for (std::int64_t k = 1; k <= kMaxSteps;) {
-    const Span s = z.lookup(t - k * kStride);
-    if (s.dst == want) {
-      kb = k;
-      off_b = s.off;
-      break;
+  if (at.lo != kNegInf) {
+    for (std::int64_t k = (t - at.lo) / kStride + 1; k <= kMaxSteps;) {
+      const Span s = z.lookup(t - k * kStride);
+      if (s.dst == want) {
+        kb = k;
+        off_b = s.off;
+        break;
+      }
+      if (s.lo == kNegInf) break;
+      k = std::max(k + 1, (t - s.lo) / kStride + 1);
     }
-    if (s.lo == kNegInf) break;
-    k = std::max(k + 1, (t - s.lo) / kStride + 1);
   }
   // Forward wins only with strictly fewer steps: backward is tried first.
   const std::int64_t limit = kb ? kb - 1 : kMaxSteps;
-  for (std::int64_t k = 1; k <= limit;) {
-    const Span s = z.lookup(t + k * kStride);
-    if (s.dst == want) {
-      *out = fields - s.off;
-      return;
+  if (at.hi != kPosInf) {
+    for (std::int64_t k = (at.hi - t + kStride - 1) / kStride; k <= limit;) {
+      const Span s = z.lookup(t + k * kStride);
+      if (s.dst == want) {
+        *out = fields - s.off;
+        return;
+      }
+      if (s.hi == kPosInf) break;
+      k = std::max(k + 1, (s.hi - t + kStride - 1) / kStride);
     }
-    if (s.hi == kPosInf) break;
-    k = std::max(k + 1, (s.hi - t + kStride - 1) / kStride);
   }
   *out = kb ? fields - off_b : t + (want ? -3600 : 3600);
 }
@@ -73,13 +87,14 @@ bool search(const Zone &z, bool want, std::int64_t fields, bool real, std::int64
   std::int64_t t = real ? t0 : kUnknown, t1 = t, t2 = t;
   int remaining = 6;
   bool dst = false;
+  Span s{};
   for (;;) {
     std::int64_t off;
     if (t == kUnknown) {
       off = first_off;
       dst = false;
     } else {
-      const Span s = z.lookup(t);
+      s = z.lookup(t);
       off = s.off;
       dst = s.dst;
     }
@@ -95,7 +110,7 @@ bool search(const Zone &z, bool want, std::int64_t fields, bool real, std::int64
     t2 = t;
     t = target;
   }
-  if (dst != want) flag_probe(z, want, fields, t, out);
+  if (dst != want) flag_probe(z, want, fields, t, s, out);  // s holds t
   else *out = t;
   return true;
 }
@@ -104,27 +119,6 @@ bool search(const Zone &z, bool want, std::int64_t fields, bool real, std::int64
 
 bool leap(std::int64_t y) { return y % 4 == 0 && (y % 100 != 0 || y % 400 == 0); }
 
-// Both conversions shift the calendar by 30 eras of 400 years so that the
-// usual range works on unsigned 32-bit values (divisions by constants become
-// multiplications); anything further out takes the signed 64-bit route.
-constexpr std::int64_t kShiftEras = 30;
-
-std::int64_t days_from_civil(std::int64_t y, int m, int d) {
-  y -= m <= 2;
-  const std::uint32_t mp = static_cast<std::uint32_t>(m + 9) % 12;
-  const std::uint32_t doy = (153 * mp + 2) / 5 + static_cast<std::uint32_t>(d) - 1;
-  const std::int64_t ys = y + kShiftEras * 400;
-  if (ys >= 0 && ys < 4000000) {
-    const std::uint32_t u = static_cast<std::uint32_t>(ys);
-    const std::uint32_t era = u / 400, yoe = u % 400;
-    const std::uint32_t doe = yoe * 365 + yoe / 4 - yoe / 100 + doy;
-    return static_cast<std::int64_t>(era) * 146097 + doe - 719468 - kShiftEras * 146097;
-  }
-  const std::int64_t era = floor_div(y, 400);
-  const std::int64_t yoe = y - era * 400;
-  const std::int64_t doe = yoe * 365 + yoe / 4 - yoe / 100 + doy;
-  return era * 146097 + doe - 719468;
-}
 
 void civil_from_days(std::int64_t z, std::int64_t *y, int *m, int *d) {
   z += 719468;
@@ -189,6 +183,30 @@ std::int64_t rule_change(const ChangeRule &r, int year, long offset) {
   return t - offset + r.secs;
 }
 
+namespace {
+
+// The rule's verdict at `t` within the UTC year [lo, hi) whose change
+// instants are c0 (into summer time) and c1 (out of it).
+inline Span span_in_year(const PosixRule &r, std::int64_t t, std::int64_t c0, std::int64_t c1,
+                         std::int64_t lo, std::int64_t hi) {
+  const bool dst = c0 > c1 ? (t < c1 || t >= c0) : (t >= c0 && t < c1);
+  // Constant within the UTC year between the two change instants.
+  if (c0 <= t) lo = std::max(lo, c0);
+  else hi = std::min(hi, c0);
+  if (c1 <= t) lo = std::max(lo, c1);
+  else hi = std::min(hi, c1);
+  return Span{dst ? r.dst_off : r.std_off, dst, lo, hi};
+}
+
+// The years whose change instants are kept with the zone: the range most
+// values fall in, at 24 bytes a year.
+constexpr std::int64_t kRuleFirstYear = 1800;
+constexpr std::int64_t kRuleLastYear = 2500;
+// Seconds in an average Gregorian year: a first guess of the year index.
+constexpr std::int64_t kAverageYear = 31556952;
+
+}  // namespace
+
 Span rule_lookup(const PosixRule &r, std::int64_t t) {
   if (!r.has_dst) return Span{r.std_off, false, kNegInf, kPosInf};
   std::int64_t y;
@@ -198,32 +216,43 @@ Span rule_lookup(const PosixRule &r, std::int64_t t) {
   const int year = static_cast<int>(y);
   const std::int64_t c0 = rule_change(r.start, year, r.std_off);
   const std::int64_t c1 = rule_change(r.end, year, r.dst_off);
-  const bool dst = c0 > c1 ? (t < c1 || t >= c0) : (t >= c0 && t < c1);
-  // Constant within the UTC year between the two change instants.
-  std::int64_t lo = days_from_civil(y, 1, 1) * kDay;
-  std::int64_t hi = days_from_civil(y + 1, 1, 1) * kDay;
-  for (const std::int64_t c : {c0, c1}) {
-    if (c <= t) lo = std::max(lo, c);
-    else hi = std::min(hi, c);
-  }
-  return Span{dst ? r.dst_off : r.std_off, dst, lo, hi};
+  return span_in_year(r, t, c0, c1, days_from_civil(y, 1, 1) * kDay,
+                      days_from_civil(y + 1, 1, 1) * kDay);
 }
 
-Span Zone::lookup(std::int64_t t) const {
-  if (rule_everywhere) return rule_lookup(rule, t);
-  if (trans.empty() || t < trans.front())
-    return Span{before.off, before.dst, kNegInf, trans.empty() ? kPosInf : trans.front()};
-  if (t >= trans.back()) {
-    if (has_footer) {
-      Span s = rule_lookup(rule, t);
-      s.lo = std::max(s.lo, trans.back());
-      return s;
-    }
-    return Span{trans_type.back().off, trans_type.back().dst, trans.back(), kPosInf};
+void fill_rule_years(Zone *z) {
+  z->rule_years.clear();
+  if (!(z->rule_everywhere || z->has_footer) || !z->rule.has_dst) return;
+  std::int64_t first = kRuleFirstYear;
+  if (!z->rule_everywhere && !z->trans.empty()) {
+    // Only instants past the last transition read the footer rule.
+    std::int64_t y;
+    int m, d;
+    civil_from_days(floor_div(z->trans.back(), kDay), &y, &m, &d);
+    first = std::max(first, y);
   }
-  const std::size_t i =
-      static_cast<std::size_t>(std::upper_bound(trans.begin(), trans.end(), t) - trans.begin()) - 1;
-  return Span{trans_type[i].off, trans_type[i].dst, trans[i], trans[i + 1]};
+  if (first > kRuleLastYear) return;
+  const PosixRule &r = z->rule;
+  z->rule_years.reserve(static_cast<std::size_t>(kRuleLastYear - first + 2));
+  for (std::int64_t y = first; y <= kRuleLastYear + 1; ++y) {
+    const int year = static_cast<int>(y);
+    z->rule_years.push_back(RuleYear{days_from_civil(y, 1, 1) * kDay,
+                                     rule_change(r.start, year, r.std_off),
+                                     rule_change(r.end, year, r.dst_off)});
+  }
+}
+
+Span Zone::rule_span(std::int64_t t) const {
+  const std::size_t n = rule_years.size();
+  if (n >= 2 && t >= rule_years.front().start && t < rule_years.back().start) {
+    std::size_t i = static_cast<std::size_t>((t - rule_years.front().start) / kAverageYear);
+    if (i > n - 2) i = n - 2;
+    while (t < rule_years[i].start) --i;
+    while (t >= rule_years[i + 1].start) ++i;
+    const RuleYear &y = rule_years[i];
+    return span_in_year(rule, t, y.c0, y.c1, y.start, rule_years[i + 1].start);
+  }
+  return rule_lookup(rule, t);
 }
 
 namespace {
@@ -260,8 +289,12 @@ inline Civil civil_from_shifted(std::uint32_t n) {
            kShiftEras * 400;
   c.month = static_cast<int>(january_or_february ? month_from_march - 12 : month_from_march);
   c.day = static_cast<int>(day + 1);
+  // March to December belong to the shifted year 100 * century +
+  // year_of_century, a multiple of 400 years from the real one.
+  const bool leap_year =
+      year_of_century % 4 == 0 && (year_of_century != 0 || century % 4 == 0);
   c.yday = static_cast<int>(january_or_february ? day_of_year - 306
-                                                : day_of_year + 59 + (leap(c.year) ? 1 : 0));
+                                                : day_of_year + 59 + (leap_year ? 1 : 0));
   // The shifted epoch is one day past a multiple of seven from a Thursday.
   c.wday = static_cast<int>((n + 3) % 7);
   return c;
@@ -289,9 +322,10 @@ bool fill_tm(std::int64_t t, std::int64_t off, bool dst, struct tm *out) {
   out->tm_year = static_cast<int>(y - 1900);
   out->tm_mon = c.month - 1;
   out->tm_mday = c.day;
-  out->tm_hour = static_cast<int>(secs / 3600);
-  out->tm_min = static_cast<int>(secs / 60 % 60);
-  out->tm_sec = static_cast<int>(secs % 60);
+  const std::uint32_t day_secs = static_cast<std::uint32_t>(secs);  // 0..86399
+  out->tm_hour = static_cast<int>(day_secs / 3600);
+  out->tm_min = static_cast<int>(day_secs / 60 % 60);
+  out->tm_sec = static_cast<int>(day_secs % 60);
   out->tm_wday = c.wday;
   out->tm_yday = c.yday;
   out->tm_isdst = dst ? 1 : 0;
@@ -310,24 +344,25 @@ int emulate_mktime(const Zone &z, struct tm *tmv, std::int64_t *result, bool nor
   const std::int64_t year =
       static_cast<std::int64_t>(tmv->tm_year) + 1900 + (mon / 12 - neg);
   if (year < kMinYear + 1 || year > kMaxYear - 1) return 0;
-  const std::int64_t yday = kCum[leap(year) ? 1 : 0][mon_rem + 12 * neg] +
-                            static_cast<std::int64_t>(tmv->tm_mday) - 1;
   const int sec = std::clamp(sec_requested, 0, 59);
-  const std::int64_t fields = (days_from_civil(year, 1, 1) + yday) * kDay +
+  const std::int64_t day = days_from_civil(year, mon_rem + 12 * neg + 1, 1) +
+                           static_cast<std::int64_t>(tmv->tm_mday) - 1;
+  const std::int64_t fields = day * kDay +
                               static_cast<std::int64_t>(tmv->tm_hour) * 3600 +
                               static_cast<std::int64_t>(tmv->tm_min) * 60 + sec;
   // Field overflow into other years is fine, far outside the range is not.
-  static const std::int64_t lo_limit = days_from_civil(kMinYear + 2, 1, 1) * kDay;
-  static const std::int64_t hi_limit = days_from_civil(kMaxYear - 2, 1, 1) * kDay;
+  constexpr std::int64_t lo_limit = days_of_new_year(kMinYear + 2) * kDay;
+  constexpr std::int64_t hi_limit = days_of_new_year(kMaxYear - 2) * kDay;
   if (fields < lo_limit || fields > hi_limit) return 0;
 
   std::int64_t t;
   const std::int64_t w = z.max_abs_off + 1;
   const Span s = z.lookup(fields);
   if (s.lo <= fields - w && fields + w < s.hi) {
-    // One offset around the fields: every first guess settles on it.
+    // One offset around the fields: every first guess settles on it, and
+    // the instant it gives lies within w of the fields, inside `s`.
     t = fields - s.off;
-    if (s.dst != want) flag_probe(z, want, fields, t, &t);
+    if (s.dst != want) flag_probe(z, want, fields, t, s, &t);
   } else {
     // Near a change the answer may depend on the previous call's offset,
     // which the C library keeps to itself: accept only a unanimous answer.
@@ -344,14 +379,15 @@ int emulate_mktime(const Zone &z, struct tm *tmv, std::int64_t *result, bool nor
     if (!have) return 0;
   }
   t += sec_requested - sec;
-  const Span f = z.lookup(t);
+  // The spans lookup gives never overlap: one that holds t is t's span.
+  const Span f = s.lo <= t && t < s.hi ? s : z.lookup(t);
   if (!normalise) {
     // Only the instant is wanted: the same verdict fill_tm would give, from
     // the local day alone.
-    static const std::int64_t first_day = days_from_civil(kMinYear, 1, 1);
-    static const std::int64_t last_day = days_from_civil(kMaxYear, 12, 31);
-    const std::int64_t day = floor_div(t + f.off, kDay);
-    if (day < first_day || day > last_day) return 0;
+    constexpr std::int64_t first_day = days_of_new_year(kMinYear);
+    constexpr std::int64_t last_day = days_of_new_year(kMaxYear + 1) - 1;
+    const std::int64_t local_day = floor_div(t + f.off, kDay);
+    if (local_day < first_day || local_day > last_day) return 0;
     *result = t;
     return 1;
   }

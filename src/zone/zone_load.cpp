@@ -264,6 +264,7 @@ void finish_zone(Zone *z) {
   z->offsets.erase(std::unique(z->offsets.begin(), z->offsets.end()), z->offsets.end());
   z->max_abs_off = 0;
   for (const std::int64_t o : z->offsets) z->max_abs_off = std::max(z->max_abs_off, o < 0 ? -o : o);
+  fill_rule_years(z);
 }
 
 }  // namespace qwz::zone

@@ -2,6 +2,8 @@
 #ifndef QWZ_ZONE_ZONE_MODEL_H
 #define QWZ_ZONE_ZONE_MODEL_H
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <ctime>
 #include <limits>
@@ -49,6 +51,13 @@ struct Span {
   std::int64_t lo, hi;
 };
 
+// One UTC year of a POSIX rule with summer time: where the year starts and
+// the rule's two change instants as the C library places them for it.
+struct RuleYear {
+  std::int64_t start;
+  std::int64_t c0, c1;
+};
+
 struct Zone {
   // Rule everywhere (a TZ rule string), or a table of transitions with the
   // type before the first and, past the last, the footer rule if present.
@@ -63,17 +72,64 @@ struct Zone {
   // Standard offset the C library reports; valid unless std_ambiguous.
   long std_off = 0;
   bool std_ambiguous = false;
+  // The rule's change instants, worked out once for the years most
+  // conversions fall in (rule_years.back() only marks where the last year
+  // ends); years outside are worked out at each lookup.
+  std::vector<RuleYear> rule_years;
 
   Span lookup(std::int64_t t) const;
+  Span rule_span(std::int64_t t) const;
 };
+
+inline Span Zone::lookup(std::int64_t t) const {
+  if (rule_everywhere) return rule_span(t);
+  if (trans.empty() || t < trans.front())
+    return Span{before.off, before.dst, kNegInf, trans.empty() ? kPosInf : trans.front()};
+  if (t >= trans.back()) {
+    if (has_footer) {
+      Span s = rule_span(t);
+      s.lo = std::max(s.lo, trans.back());
+      return s;
+    }
+    return Span{trans_type.back().off, trans_type.back().dst, trans.back(), kPosInf};
+  }
+  const std::size_t i =
+      static_cast<std::size_t>(std::upper_bound(trans.begin(), trans.end(), t) - trans.begin()) - 1;
+  return Span{trans_type[i].off, trans_type[i].dst, trans[i], trans[i + 1]};
+}
 
 // The instant of a POSIX change rule in a given year (UTC year of the
 // instant being converted), with the offset that the rule's time is in.
 std::int64_t rule_change(const ChangeRule &r, int year, long offset);
 Span rule_lookup(const PosixRule &r, std::int64_t t);
+// The years [first, last] of rule_years for a zone (empty without a rule
+// with summer time).
+void fill_rule_years(Zone *z);
 
 // Proleptic Gregorian calendar helpers.
-std::int64_t days_from_civil(std::int64_t y, int m, int d);
+// Both conversions shift the calendar by 30 eras of 400 years so that the
+// usual range works on unsigned 32-bit values (divisions by constants become
+// multiplications); anything further out takes the signed 64-bit route.
+constexpr std::int64_t kShiftEras = 30;
+
+// Days from 1970-01-01 to the civil date (any day count of the month).
+inline std::int64_t days_from_civil(std::int64_t y, int m, int d) {
+  y -= m <= 2;
+  const std::uint32_t mp = static_cast<std::uint32_t>(m + 9) % 12;
+  const std::uint32_t doy = (153 * mp + 2) / 5 + static_cast<std::uint32_t>(d) - 1;
+  const std::int64_t ys = y + kShiftEras * 400;
+  if (ys >= 0 && ys < 4000000) [[likely]] {
+    const std::uint32_t u = static_cast<std::uint32_t>(ys);
+    const std::uint32_t era = u / 400, yoe = u % 400;
+    const std::uint32_t doe = yoe * 365 + yoe / 4 - yoe / 100 + doy;
+    return static_cast<std::int64_t>(era) * 146097 + doe - 719468 - kShiftEras * 146097;
+  }
+  std::int64_t era = y / 400;
+  if (y % 400 != 0 && y < 0) --era;  // rounded down
+  const std::int64_t yoe = y - era * 400;
+  const std::int64_t doe = yoe * 365 + yoe / 4 - yoe / 100 + doy;
+  return era * 146097 + doe - 719468;
+}
 void civil_from_days(std::int64_t days, std::int64_t *y, int *m, int *d);
 bool leap(std::int64_t y);
 

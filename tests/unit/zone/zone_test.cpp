@@ -10,8 +10,10 @@
 
 #include <cstdint>
 #include <cstdlib>
+#include <cstdio>
 #include <cstring>
 #include <ctime>
+#include <string>
 #include <thread>
 #include <unistd.h>
 #include <vector>
@@ -250,6 +252,153 @@ TEST(Zone, TwoThreadsAgreeWithoutHandOver) {
   b.join();
   EXPECT_EQ(results[0], results[1]);
   EXPECT_EQ(qwz::zone::handovers() - before, 0u);
+  set_tz("UTC0");
+}
+
+// Instants in years the footer rule (or a rule string) decides, through many
+// years on both hemispheres and across the edges of the years whose change
+// instants the engine keeps with the zone: every change instant and its
+// neighbours, both sides of each new year, and local fields read as
+// standard time around them, against mktime and localtime_r in this
+// process.
+struct RuleYearsCase {
+  const char *name;
+  const char *tz;
+  int first_year, last_year;
+};
+
+class RuleYearsAgree : public ::testing::TestWithParam<RuleYearsCase> {};
+
+std::int64_t utc_year_start(int year) {
+  return qwz_ref::days_from_civil(year, 1, 1) * 86400;
+}
+
+TEST_P(RuleYearsAgree, WithTheCLibrary) {
+  const RuleYearsCase c = GetParam();
+  set_tz(c.tz);
+  long failures = 0;
+  auto fail = [&](const std::string &what) {
+    if (++failures <= 5) ADD_FAILURE() << "TZ=" << c.tz << ": " << what;
+  };
+  auto same = [](const struct tm &a, const struct tm &b) {
+    return a.tm_year == b.tm_year && a.tm_mon == b.tm_mon && a.tm_mday == b.tm_mday &&
+           a.tm_hour == b.tm_hour && a.tm_min == b.tm_min && a.tm_sec == b.tm_sec &&
+           a.tm_wday == b.tm_wday && a.tm_yday == b.tm_yday && a.tm_isdst == b.tm_isdst &&
+           a.tm_gmtoff == b.tm_gmtoff;
+  };
+  auto instant = [&](time_t t) {
+    struct tm a, b;
+    std::memset(&a, 0, sizeof a);
+    std::memset(&b, 0, sizeof b);
+    const bool oka = localtime_r(&t, &a) != nullptr;
+    const bool okb = qwz::zone::to_local(t, &b);
+    if (oka != okb || (oka && !same(a, b))) fail("localtime of " + std::to_string(t));
+  };
+  auto read = [&](const struct tm &in) {
+    struct tm a = in, b = in;
+    const time_t ra = mktime(&a);
+    const time_t rb = qwz::zone::to_seconds(&b);
+    if (ra != rb || (ra != -1 && !same(a, b)))
+      fail("mktime of " + std::to_string(in.tm_year + 1900) + "-" + std::to_string(in.tm_mon + 1) +
+           "-" + std::to_string(in.tm_mday) + " " + std::to_string(in.tm_hour) + ":" +
+           std::to_string(in.tm_min) + ":" + std::to_string(in.tm_sec) + " dst " +
+           std::to_string(in.tm_isdst) + ": library " + std::to_string(ra) + ", engine " +
+           std::to_string(rb));
+    if (qwz::zone::seconds_of(&in) != ra) fail("instant of fields, library " + std::to_string(ra));
+  };
+  auto around = [&](time_t t) {
+    for (time_t d = -1; d <= 1; ++d) {
+      instant(t + d);
+      struct tm lt;
+      const time_t u = t + d;
+      if (localtime_r(&u, &lt) == nullptr) continue;
+      read(lt);  // the flag localtime_r gave
+      lt.tm_isdst = 0;
+      read(lt);
+      lt.tm_hour += 1;
+      read(lt);
+      lt.tm_hour -= 2;
+      read(lt);
+    }
+  };
+  auto key = [](time_t t) {
+    struct tm lt;
+    localtime_r(&t, &lt);
+    return lt.tm_gmtoff * 2 + lt.tm_isdst;
+  };
+  const std::uint64_t before = qwz::zone::handovers();
+  // Thirteen-day steps, then bisection to the change instant.
+  const time_t from = utc_year_start(c.first_year);
+  const time_t to = utc_year_start(c.last_year + 1);
+  const time_t step = 13 * 86400;
+  long changes = 0;
+  long k0 = key(from);
+  for (time_t t = from; t < to; t += step) {
+    const long k1 = key(t + step);
+    if (k1 == k0) continue;
+    time_t lo = t, hi = t + step;
+    while (hi - lo > 1) {
+      const time_t mid = lo + (hi - lo) / 2;
+      (key(mid) == k0 ? lo : hi) = mid;
+    }
+    around(hi);
+    ++changes;
+    k0 = k1;
+  }
+  for (int y = c.first_year; y <= c.last_year + 1; ++y) {
+    around(utc_year_start(y));
+    // Local new year and mid-year, read as standard time.
+    read(fields(y, 1, 1, 0, 0, 0));
+    read(fields(y, 7, 15, 10, 30, 0));
+    read(fields(y, 12, 31, 23, 59, 59));
+  }
+  EXPECT_EQ(failures, 0) << "TZ=" << c.tz;
+  // Two changes a year in each of these settings from 1970 on (the C
+  // library places a rule's changes of earlier years in 1970).
+  EXPECT_GE(changes, static_cast<long>(c.last_year - c.first_year)) << "TZ=" << c.tz;
+  if (std::getenv("QWZ_ZONE_VERBOSE"))
+    std::printf("%-40s hand-overs %llu\n", c.tz,
+                static_cast<unsigned long long>(qwz::zone::handovers() - before));
+  set_tz("UTC0");
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Zone, RuleYearsAgree,
+    ::testing::Values(RuleYearsCase{"Berlin", "Europe/Berlin", 2030, 2510},
+                      RuleYearsCase{"NewYork", "America/New_York", 2030, 2510},
+                      RuleYearsCase{"Sydney", "Australia/Sydney", 2030, 2510},
+                      RuleYearsCase{"Santiago", "America/Santiago", 2030, 2510},
+                      RuleYearsCase{"Dublin", "Europe/Dublin", 2030, 2510},
+                      RuleYearsCase{"Nuuk", "America/Nuuk", 2030, 2510},
+                      RuleYearsCase{"RuleNorth", "CET-1CEST,M3.5.0,M10.5.0/3", 1790, 2510},
+                      RuleYearsCase{"RuleSouth", "AEST-10AEDT,M10.1.0,M4.1.0/3", 1790, 2510},
+                      RuleYearsCase{"RuleNegativeSummer", "IST-1GMT0,M10.5.0,M3.5.0/1", 1960, 2060},
+                      RuleYearsCase{"RuleFarTimes", "XXX3YYY,M3.2.0/-25,M10.1.0/49:30:15", 1960, 2060}),
+    [](const ::testing::TestParamInfo<RuleYearsCase> &info) { return std::string(info.param.name); });
+
+// A change of TZ between two calls is seen at the next call in the years the
+// footer rule decides, whichever settings alternate.
+TEST(Zone, ChangesOfSettingInRuleYearsAreSeen) {
+  const char *settings[] = {"Europe/Berlin", "Australia/Sydney", "CET-1CEST,M3.5.0,M10.5.0/3",
+                            "America/New_York", "UTC0"};
+  set_tz("UTC0");
+  for (int i = 0; i < 200; ++i) {
+    const char *tz = settings[i % 5];
+    setenv("TZ", tz, 1);  // no tzset: each side reads TZ itself
+    struct tm in = fields(2040 + i, 1 + i % 12, 1 + i % 28, i % 24, 17, 5);
+    struct tm a = in, b = in;
+    const time_t ra = mktime(&a);
+    ASSERT_EQ(qwz::zone::to_seconds(&b), ra) << tz << " " << i;
+    ASSERT_EQ(b.tm_hour, a.tm_hour) << tz << " " << i;
+    ASSERT_EQ(b.tm_isdst, a.tm_isdst) << tz << " " << i;
+    ASSERT_EQ(b.tm_gmtoff, a.tm_gmtoff) << tz << " " << i;
+    const time_t later = ra + 86400 * 100;
+    struct tm la, lb;
+    ASSERT_NE(localtime_r(&later, &la), nullptr);
+    ASSERT_TRUE(qwz::zone::to_local(later, &lb));
+    ASSERT_EQ(lb.tm_hour, la.tm_hour) << tz << " " << i;
+    ASSERT_EQ(lb.tm_gmtoff, la.tm_gmtoff) << tz << " " << i;
+  }
   set_tz("UTC0");
 }
 
