@@ -692,9 +692,11 @@ Outcome interval_cmd(Context &ctx, const Options &opt, std::string_view verb, Ar
 
 // ---- the command table ----------------------------------------------------
 
+// Names as views: a batch looks a command up for every line, and comparing
+// views needs no strlen.
 struct Command {
-  const char *family;
-  const char *verb;  // "" for a family that is its own command
+  std::string_view family;
+  std::string_view verb;  // "" for a family that is its own command
   std::size_t min_args, max_args;
   const char *synopsis;
 };
@@ -757,7 +759,7 @@ std::string usage_text(const Args &path) {
   s += "usage:\n";
   for (const Command &c : kCommands) {
     if (!family.empty() && family != c.family) continue;
-    if (!verb.empty() && *c.verb != '\0' && verb != c.verb) {
+    if (!verb.empty() && !c.verb.empty() && verb != c.verb) {
       bool any = false;
       for (const Command &d : kCommands)
         if (family == d.family && verb == d.verb) any = true;
@@ -765,7 +767,7 @@ std::string usage_text(const Args &path) {
     }
     s += "  qwzdt [OPTIONS] ";
     s += c.family;
-    if (*c.verb != '\0') {
+    if (!c.verb.empty()) {
       s += ' ';
       s += c.verb;
     }
@@ -799,7 +801,7 @@ Outcome run_command(Context &ctx, const Options &opt, const Args &args, std::str
   }
   const Command *cmd = nullptr;
   for (const Command &c : kCommands)
-    if (family == c.family && (*c.verb == '\0' || (args.size() > 1 && args[1] == c.verb))) {
+    if (family == c.family && (c.verb.empty() || (args.size() > 1 && args[1] == c.verb))) {
       cmd = &c;
       break;
     }
@@ -810,7 +812,7 @@ Outcome run_command(Context &ctx, const Options &opt, const Args &args, std::str
     err_out += usage_text({family});
     return kUsage;
   }
-  std::size_t skip = *cmd->verb == '\0' ? 1 : 2;
+  std::size_t skip = cmd->verb.empty() ? 1 : 2;
   ArgSpan rest(args.data() + skip, args.size() - skip);
   if (rest.size() < cmd->min_args || rest.size() > cmd->max_args) {
     err_out = "qwzdt: wrong number of arguments\n" + usage_text(Args(args.begin(), args.begin() + static_cast<std::ptrdiff_t>(skip)));

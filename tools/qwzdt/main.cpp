@@ -46,8 +46,13 @@ void split_words(std::string_view line, std::string &arena, Args &words) {
         arena.append(line.substr(i + 1, end - i - 1));
         i = end < line.size() ? end + 1 : end;
       } else {
-        arena += q;
-        ++i;
+        // A run of plain characters at once.
+        std::size_t run = i + 1;
+        while (run < line.size() && line[run] != ' ' && line[run] != '\t' && line[run] != '\'' &&
+               line[run] != '"')
+          ++run;
+        arena.append(line.data() + i, run - i);
+        i = run;
       }
     }
     words.emplace_back(arena.data() + start, arena.size() - start);
