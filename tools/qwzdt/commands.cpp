@@ -169,6 +169,53 @@ Outcome date_to_text(Context &ctx, const Options &opt, std::string_view text,
 
 namespace {
 
+// A model as CText passes it: cut to the buffer, its length to 255.
+void keep_model(std::string_view model, char (&buf)[512], ub1 &len) {
+  const CText c(model);
+  std::memcpy(buf, c.buf, c.len + 1);
+  len = static_cast<ub1>(c.len > 255 ? 255 : c.len);
+}
+
+}  // namespace
+
+DateToTextBatch::DateToTextBatch(const Options &opt, std::string_view model) {
+  keep_model(opt.format.empty() ? std::string_view(kDateModel) : std::string_view(opt.format),
+             in_model_, in_len_);
+  keep_model(model, out_model_, out_len_);
+}
+
+Outcome DateToTextBatch::convert(Context &ctx, const char *text, std::size_t len, char *buf,
+                                 std::size_t &written, std::string &err_out) const {
+  // A line longer than a command-line word may be is cut as CText cuts it.
+  char cut[512];
+  if (len > kMaxText) {
+    std::memcpy(cut, text, kMaxText);
+    cut[kMaxText] = '\0';
+    text = cut;
+    len = kMaxText;
+  }
+  QWZDate d{};
+  QWZDT_CALL(QWZDateFromText(ctx.err(), reinterpret_cast<const QWZText *>(text),
+                             static_cast<ub4>(len), reinterpret_cast<const QWZText *>(in_model_),
+                             in_len_, nullptr, 0, &d),
+             "QWZDateFromText");
+  buf[0] = 0;
+  ub4 size = kOutSize - 1;  // the library may write one byte beyond the size
+  QWZDT_CALL(QWZDateToText(ctx.err(), &d, reinterpret_cast<const QWZText *>(out_model_),
+                           out_len_, nullptr, 0, &size, reinterpret_cast<QWZtext *>(buf)),
+             "QWZDateToText");
+  // Byte by byte: the text was just stored in small pieces, which the wide
+  // loads of strlen would have to wait for (volatile keeps the compiler
+  // from turning the loop back into a strlen call).
+  const volatile char *v = buf;
+  std::size_t n = 0;
+  while (v[n] != '\0') ++n;
+  written = n;
+  return kOk;
+}
+
+namespace {
+
 // ---- datetimes ------------------------------------------------------------
 
 struct Dt {
@@ -645,9 +692,11 @@ Outcome interval_cmd(Context &ctx, const Options &opt, std::string_view verb, Ar
 
 // ---- the command table ----------------------------------------------------
 
+// Names as views: a batch looks a command up for every line, and comparing
+// views needs no strlen.
 struct Command {
-  const char *family;
-  const char *verb;  // "" for a family that is its own command
+  std::string_view family;
+  std::string_view verb;  // "" for a family that is its own command
   std::size_t min_args, max_args;
   const char *synopsis;
 };
@@ -710,7 +759,7 @@ std::string usage_text(const Args &path) {
   s += "usage:\n";
   for (const Command &c : kCommands) {
     if (!family.empty() && family != c.family) continue;
-    if (!verb.empty() && *c.verb != '\0' && verb != c.verb) {
+    if (!verb.empty() && !c.verb.empty() && verb != c.verb) {
       bool any = false;
       for (const Command &d : kCommands)
         if (family == d.family && verb == d.verb) any = true;
@@ -718,7 +767,7 @@ std::string usage_text(const Args &path) {
     }
     s += "  qwzdt [OPTIONS] ";
     s += c.family;
-    if (*c.verb != '\0') {
+    if (!c.verb.empty()) {
       s += ' ';
       s += c.verb;
     }
@@ -752,7 +801,7 @@ Outcome run_command(Context &ctx, const Options &opt, const Args &args, std::str
   }
   const Command *cmd = nullptr;
   for (const Command &c : kCommands)
-    if (family == c.family && (*c.verb == '\0' || (args.size() > 1 && args[1] == c.verb))) {
+    if (family == c.family && (c.verb.empty() || (args.size() > 1 && args[1] == c.verb))) {
       cmd = &c;
       break;
     }
@@ -763,7 +812,7 @@ Outcome run_command(Context &ctx, const Options &opt, const Args &args, std::str
     err_out += usage_text({family});
     return kUsage;
   }
-  std::size_t skip = *cmd->verb == '\0' ? 1 : 2;
+  std::size_t skip = cmd->verb.empty() ? 1 : 2;
   ArgSpan rest(args.data() + skip, args.size() - skip);
   if (rest.size() < cmd->min_args || rest.size() > cmd->max_args) {
     err_out = "qwzdt: wrong number of arguments\n" + usage_text(Args(args.begin(), args.begin() + static_cast<std::ptrdiff_t>(skip)));

@@ -5,12 +5,16 @@
 // 2 a usage error.
 #include "qwzdt.h"
 
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include <unistd.h>
 
 #ifndef QWZDT_VERSION
 #define QWZDT_VERSION "unknown"
@@ -42,8 +46,13 @@ void split_words(std::string_view line, std::string &arena, Args &words) {
         arena.append(line.substr(i + 1, end - i - 1));
         i = end < line.size() ? end + 1 : end;
       } else {
-        arena += q;
-        ++i;
+        // A run of plain characters at once.
+        std::size_t run = i + 1;
+        while (run < line.size() && line[run] != ' ' && line[run] != '\t' && line[run] != '\'' &&
+               line[run] != '"')
+          ++run;
+        arena.append(line.data() + i, run - i);
+        i = run;
       }
     }
     words.emplace_back(arena.data() + start, arena.size() - start);
@@ -61,79 +70,188 @@ std::string_view first_line(const std::string &s) {
   return v.substr(0, v.find('\n'));
 }
 
-// Standard input in large blocks, handed out one line at a time (without
-// its line end); a line may span two blocks.
+// Standard input through read(2) in large blocks, handed out one line at a
+// time (without its line end, and without a carriage return before it); a
+// line may span two blocks. Each block's complete lines are found in one
+// pass right after it is read, and each gets a NUL behind it in place of
+// its line end, so that a line can be passed on as a NUL-terminated text
+// without a copy (and the NULs are long in memory before anything reads
+// up to them).
 class LineReader {
  public:
-  bool next(std::string_view &line) {
-    for (;;) {
-      if (const void *nl = std::memchr(buf_.data() + pos_, '\n', end_ - pos_)) {
-        std::size_t at = static_cast<const char *>(nl) - buf_.data();
-        line = std::string_view(buf_.data() + pos_, at - pos_);
-        pos_ = at + 1;
-        return true;
-      }
-      if (eof_) {
-        if (pos_ == end_) return false;
-        line = std::string_view(buf_.data() + pos_, end_ - pos_);
-        pos_ = end_;
-        return true;
-      }
-      // Keep the unfinished line, then read more behind it.
-      std::memmove(buf_.data(), buf_.data() + pos_, end_ - pos_);
-      end_ -= pos_;
-      pos_ = 0;
-      if (end_ == buf_.size()) buf_.resize(buf_.size() * 2);
-      std::size_t got = std::fread(buf_.data() + end_, 1, buf_.size() - end_, stdin);
-      if (got == 0) eof_ = true;
-      end_ += got;
+  LineReader() { lines_.reserve(1 << 16); }
+
+  bool next(char *&line, std::size_t &len) {
+    while (next_ == lines_.size()) {
+      if (!fill()) return false;
     }
+    const Line &l = lines_[next_++];
+    line = buf_.get() + l.start;
+    len = l.len;
+    return true;
   }
 
  private:
-  std::string buf_ = std::string(1 << 16, '\0');
-  std::size_t pos_ = 0, end_ = 0;
+  struct Line {
+    std::size_t start, len;
+  };
+  // Spare bytes behind the block: room for the terminator of a last line
+  // without a line end.
+  static constexpr std::size_t kSpare = 64;
+
+  // Reads the next block behind the unfinished line and indexes its lines.
+  bool fill() {
+    if (eof_) return false;
+    lines_.clear();
+    next_ = 0;
+    std::memmove(buf_.get(), buf_.get() + pos_, end_ - pos_);
+    end_ -= pos_;
+    pos_ = 0;
+    std::size_t scanned = end_;  // the kept bytes hold no line end
+    while (lines_.empty() && !eof_) {
+      if (end_ == size_) grow();
+      ssize_t got;
+      do {
+        got = ::read(STDIN_FILENO, buf_.get() + end_, size_ - end_);
+      } while (got < 0 && errno == EINTR);
+      if (got <= 0) {
+        eof_ = true;
+        break;
+      }
+      end_ += static_cast<std::size_t>(got);
+      char *b = buf_.get();
+      while (void *nl = std::memchr(b + scanned, '\n', end_ - scanned)) {
+        std::size_t at = static_cast<std::size_t>(static_cast<char *>(nl) - b);
+        add(at);
+        pos_ = at + 1;
+        scanned = pos_;
+      }
+      scanned = end_;
+    }
+    if (eof_ && pos_ < end_) {
+      add(end_);
+      pos_ = end_;
+    }
+    return !lines_.empty();
+  }
+
+  // The line from pos_ up to the line end at `at`.
+  void add(std::size_t at) {
+    char *b = buf_.get();
+    std::size_t len = at - pos_;
+    if (len > 0 && b[at - 1] == '\r') --len;
+    b[pos_ + len] = '\0';
+    lines_.push_back({pos_, len});
+  }
+
+  void grow() {
+    std::unique_ptr<char[]> bigger(new char[size_ * 2 + kSpare]());
+    std::memcpy(bigger.get(), buf_.get(), end_);
+    buf_ = std::move(bigger);
+    size_ *= 2;
+  }
+
+  std::size_t size_ = 1 << 20;
+  std::unique_ptr<char[]> buf_{new char[size_ + kSpare]()};
+  std::size_t pos_ = 0, end_ = 0;  // the unindexed rest of the block
+  std::vector<Line> lines_;
+  std::size_t next_ = 0;
   bool eof_ = false;
 };
+
+// Standard output collected in one large buffer and handed to stdio (with a
+// 64 KiB buffer of its own) in one call once more than 64 KiB are pending
+// after a line: a run with --trace interleaves its records on standard
+// error with the results at the same points as it always has.
+class Output {
+ public:
+  static constexpr std::size_t kFlushAt = 1 << 16;
+
+  Output() { std::setvbuf(stdout, stdio_buf_, _IOFBF, sizeof stdio_buf_); }
+  ~Output() {
+    flush();
+    std::fflush(stdout);
+  }
+
+  // Room for `n` more bytes at the end; commit what was used.
+  char *room(std::size_t n) {
+    if (len_ + n > size_) {
+      std::size_t size = size_ * 2 > len_ + n ? size_ * 2 : len_ + n;
+      std::unique_ptr<char[]> bigger(new char[size]);
+      std::memcpy(bigger.get(), buf_.get(), len_);
+      buf_ = std::move(bigger);
+      size_ = size;
+    }
+    return buf_.get() + len_;
+  }
+  void commit(std::size_t n) { len_ += n; }
+  void append(std::string_view s) {
+    std::memcpy(room(s.size()), s.data(), s.size());
+    len_ += s.size();
+  }
+  void put(char c) {
+    *room(1) = c;
+    ++len_;
+  }
+  void end_line() {
+    if (len_ > kFlushAt) flush();
+  }
+  void flush() {
+    std::fwrite(buf_.get(), 1, len_, stdout);
+    len_ = 0;
+  }
+
+ private:
+  static char stdio_buf_[kFlushAt];
+  std::size_t size_ = 2 * kFlushAt + 4096;
+  std::unique_ptr<char[]> buf_{new char[size_]};
+  std::size_t len_ = 0;
+};
+
+char Output::stdio_buf_[Output::kFlushAt];
+
+bool looks_like_option(std::string_view l) { return l.size() > 2 && l[0] == '-' && l[1] == '-'; }
 
 // Reads stdin line by line and runs one operation per line. With a template
 // (`words` not empty), each '-' word of the template is replaced by the line.
 int run_batch(qwzdt::Context &ctx, const Options &opt, const Args &templ) {
-  static char outbuf[1 << 16];
-  std::setvbuf(stdout, outbuf, _IOFBF, sizeof outbuf);
   LineReader reader;
-  std::string out, err, arena, raw;
-  out.reserve(1 << 17);
+  Output out;
+  std::string line_out, err, arena;
+  line_out.reserve(1 << 12);
+  err.reserve(1 << 12);
   Args words, positional;
   words.reserve(16);
   positional.reserve(16);
   bool failed = false;
   // The template `date to-text - MODEL` (the common conversion of a column
-  // of dates) goes straight to the command's routine, skipping the word
-  // list and the command table; a line that is an option goes the long way.
+  // of dates) has its models prepared once and converts each line in place
+  // into the output buffer, skipping the word list and the command table; a
+  // line that is an option goes the long way.
   const bool date_to_text = templ.size() == 4 && templ[0] == "date" && templ[1] == "to-text" &&
                             templ[2] == "-" && templ[3] != "-" && !has_option(templ);
-  // A failed line's output is replaced by its diagnostic line; output goes
-  // out in large blocks.
-  auto finish_line = [&](Outcome o, std::size_t mark) {
-    if (o != qwzdt::kOk) {
-      failed = true;
-      out.resize(mark);
-      out += first_line(err);
-      out += '\n';
-    }
-    if (out.size() > (1 << 16)) {
-      std::fwrite(out.data(), 1, out.size(), stdout);
-      out.clear();
-    }
+  const qwzdt::DateToTextBatch convert(opt, date_to_text ? templ[3] : std::string_view());
+  // A failed line's output is its diagnostic line.
+  auto fail_line = [&]() {
+    failed = true;
+    out.append(first_line(err));
+    out.put('\n');
+    err.clear();
   };
-  std::string_view l;
-  while (reader.next(l)) {
-    if (!l.empty() && l.back() == '\r') l.remove_suffix(1);
-    if (date_to_text && !(l.size() > 2 && l[0] == '-' && l[1] == '-')) {
-      err.clear();
-      const std::size_t mark = out.size();
-      finish_line(qwzdt::date_to_text(ctx, opt, l, templ[3], out, err), mark);
+  char *text;
+  std::size_t len;
+  while (reader.next(text, len)) {
+    std::string_view l(text, len);
+    if (date_to_text && !looks_like_option(l)) {
+      char *to = out.room(qwzdt::DateToTextBatch::kOutSize + 1);
+      std::size_t written = 0;
+      if (convert.convert(ctx, text, len, to, written, err) == qwzdt::kOk) {
+        to[written] = '\n';
+        out.commit(written + 1);
+      } else {
+        fail_line();
+      }
+      out.end_line();
       continue;
     }
     if (templ.empty()) {
@@ -143,13 +261,13 @@ int run_batch(qwzdt::Context &ctx, const Options &opt, const Args &templ) {
       for (std::string_view &w : words)
         if (w == "-") w = l;
     }
-    err.clear();
-    std::size_t mark = out.size();
-    Outcome o;
     if (words.empty()) {
-      out += '\n';
+      out.put('\n');
       continue;
     }
+    err.clear();
+    line_out.clear();
+    Outcome o;
     if (has_option(words)) {
       Options line_opt = opt;
       positional.clear();
@@ -157,16 +275,18 @@ int run_batch(qwzdt::Context &ctx, const Options &opt, const Args &templ) {
         o = qwzdt::kUsage;
       } else {
         qwzdt::apply_environment(line_opt);
-        o = qwzdt::run_command(ctx, line_opt, positional, out, err);
+        o = qwzdt::run_command(ctx, line_opt, positional, line_out, err);
         qwzdt::apply_environment(opt);
       }
     } else {
-      o = qwzdt::run_command(ctx, opt, words, out, err);
+      o = qwzdt::run_command(ctx, opt, words, line_out, err);
     }
-    finish_line(o, mark);
+    if (o != qwzdt::kOk)
+      fail_line();
+    else
+      out.append(line_out);
+    out.end_line();
   }
-  std::fwrite(out.data(), 1, out.size(), stdout);
-  std::fflush(stdout);
   return failed ? 1 : 0;
 }
 

@@ -69,6 +69,31 @@ Outcome run_command(Context &ctx, const Options &opt, const Args &args, std::str
 Outcome date_to_text(Context &ctx, const Options &opt, std::string_view text,
                      std::string_view model, std::string &out, std::string &err_out);
 
+// `date to-text - MODEL` over many lines: both models are prepared once, and
+// each line is read and printed exactly as date_to_text does it, without a
+// copy of the line and straight into the caller's output buffer.
+class DateToTextBatch {
+ public:
+  // Longest text passed on; longer ones are cut, as for any command word.
+  static constexpr std::size_t kMaxText = 511;
+  // Room `convert` needs at `buf`.
+  static constexpr std::size_t kOutSize = 300;
+
+  DateToTextBatch(const Options &opt, std::string_view model);
+  // `text` has `len` bytes and a NUL at text[len] (unless len > kMaxText).
+  // On success the result (without line end, NUL-terminated) is at `buf`
+  // and `written` is its length; on failure the diagnostic line goes to
+  // `err_out` as date_to_text puts it there.
+  Outcome convert(Context &ctx, const char *text, std::size_t len, char *buf,
+                  std::size_t &written, std::string &err_out) const;
+
+ private:
+  char in_model_[512];
+  char out_model_[512];
+  ub1 in_len_ = 0;
+  ub1 out_len_ = 0;
+};
+
 // Splits argv-like words into options and positional arguments. Returns false
 // (with a message in `err_out`) for an unknown option or a missing value.
 bool take_options(const Args &words, Options &opt, Args &positional, std::string &err_out);
