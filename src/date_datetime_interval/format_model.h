@@ -306,12 +306,23 @@ struct WriteField {
   ub1 pos;
   ub1 width;  // a fraction's digits
 };
+// Two digits of one of the writer's pair values at a position of the
+// template: the year's hundreds and its rest, month, day, hour, minute,
+// second, the zone hour without its sign and the zone minute.
+inline constexpr std::size_t kWritePairValues = 9;
+struct WritePair {
+  ub1 pos;
+  ub1 value;  // index into the pair values
+};
 struct WritePlan {
   ub1 state;  // 0: not built yet, 1: usable, 2: this format has none
   ub1 length;
   ub1 fields;
+  ub1 pairs;
+  ub1 others;  // fields written other than as pairs: a zone hour's sign, a fraction
   char text[kWritePlanMaxText + 8];  // the template, NUL-terminated
   WriteField field[kWritePlanMaxFields];
+  WritePair pair[2 * kWritePlanMaxFields];
 };
 
 struct CompiledFormat {

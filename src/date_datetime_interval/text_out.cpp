@@ -177,6 +177,26 @@ void build_write_plan(const qwz::CompiledFormat &format, bool date, qwz::WritePl
   plan.text[len] = '\0';
   plan.length = static_cast<ub1>(len);
   plan.fields = static_cast<ub1>(fields);
+  // The same fields as two-digit pairs, for the writer's uniform loop.
+  plan.pairs = 0;
+  plan.others = 0;
+  auto pair = [&](std::size_t pos, unsigned value) {
+    plan.pair[plan.pairs++] = {static_cast<ub1>(pos), static_cast<ub1>(value)};
+  };
+  for (std::size_t i = 0; i < fields; ++i) {
+    const qwz::WriteField &f = plan.field[i];
+    switch (f.source) {
+      case qwz::WriteSource::year: pair(f.pos, 0); pair(f.pos + 2u, 1); break;
+      case qwz::WriteSource::month: pair(f.pos, 2); break;
+      case qwz::WriteSource::day: pair(f.pos, 3); break;
+      case qwz::WriteSource::hour: pair(f.pos, 4); break;
+      case qwz::WriteSource::minute: pair(f.pos, 5); break;
+      case qwz::WriteSource::second: pair(f.pos, 6); break;
+      case qwz::WriteSource::tz_hour: pair(f.pos + 1u, 7); ++plan.others; break;
+      case qwz::WriteSource::tz_minute: pair(f.pos, 8); break;
+      case qwz::WriteSource::fraction: ++plan.others; break;
+    }
+  }
   plan.state = 1;
 }
 
@@ -211,33 +231,31 @@ inline unsigned fraction_digits(ub4 ns, std::size_t width) {
   }
 }
 
-// Writes through the plan into out (which has room for plan.length + 1).
+// Writes through the plan into out (which has room for plan.length + 1):
+// the template, every two-digit pair, then the zone hour's sign and the
+// fraction when the plan has them.
 void write_through_plan(const qwz::WritePlan &plan, const WriteValues &w, char *out) {
   std::memcpy(out, plan.text, plan.length + 1u);
+  const unsigned pair_value[qwz::kWritePairValues] = {w.v[0] / 100, w.v[0] % 100, w.v[1], w.v[2],
+                                                      w.v[3],       w.v[4],       w.v[5], w.v[6],
+                                                      w.v[7]};
+  for (std::size_t i = 0; i < plan.pairs; ++i) {
+    const qwz::WritePair &p = plan.pair[i];
+    std::memcpy(out + p.pos, qwz::kDigitPairs.text + 2 * pair_value[p.value], 2);
+  }
+  if (plan.others == 0) return;
   for (std::size_t i = 0; i < plan.fields; ++i) {
     const qwz::WriteField &f = plan.field[i];
     char *at = out + f.pos;
-    switch (f.source) {
-      case qwz::WriteSource::year:
-        std::memcpy(at, qwz::kDigitPairs.text + 2 * (w.v[0] / 100), 2);
-        std::memcpy(at + 2, qwz::kDigitPairs.text + 2 * (w.v[0] % 100), 2);
-        break;
-      case qwz::WriteSource::tz_hour:
-        at[0] = w.tz_negative ? '-' : '+';
-        std::memcpy(at + 1, qwz::kDigitPairs.text + 2 * w.v[6], 2);
-        break;
-      case qwz::WriteSource::fraction: {
-        // At most five digits: pairs from the back, then a single one.
-        unsigned d = fraction_digits(w.fraction_ns, f.width);
-        std::size_t k = f.width;
-        for (; k >= 2; k -= 2, d /= 100)
-          std::memcpy(at + k - 2, qwz::kDigitPairs.text + 2 * (d % 100), 2);
-        if (k == 1) at[0] = static_cast<char>('0' + d % 10);
-        break;
-      }
-      default:
-        std::memcpy(at, qwz::kDigitPairs.text + 2 * w.v[static_cast<unsigned>(f.source)], 2);
-        break;
+    if (f.source == qwz::WriteSource::tz_hour) {
+      at[0] = w.tz_negative ? '-' : '+';
+    } else if (f.source == qwz::WriteSource::fraction) {
+      // At most five digits: pairs from the back, then a single one.
+      unsigned d = fraction_digits(w.fraction_ns, f.width);
+      std::size_t k = f.width;
+      for (; k >= 2; k -= 2, d /= 100)
+        std::memcpy(at + k - 2, qwz::kDigitPairs.text + 2 * (d % 100), 2);
+      if (k == 1) at[0] = static_cast<char>('0' + d % 10);
     }
   }
 }
