@@ -295,16 +295,7 @@ struct FormatCache {
 // lengths formats have.
 inline bool same_bytes(const char *a, const char *b, std::size_t n) {
   if (n < 8) return std::memcmp(a, b, n) == 0;
-  std::uint64_t x, y, diff = 0;
-  std::size_t i = 0;
-  for (; i + 8 < n; i += 8) {
-    std::memcpy(&x, a + i, 8);
-    std::memcpy(&y, b + i, 8);
-    diff |= x ^ y;
-  }
-  std::memcpy(&x, a + n - 8, 8);
-  std::memcpy(&y, b + n - 8, 8);
-  return (diff | (x ^ y)) == 0;
+  return same_long_bytes(a, b, n);
 }
 // Per thread and trivially constructible, so reaching it costs no guard.
 thread_local FormatCache t_cache;
@@ -335,6 +326,19 @@ namespace {
 
 }  // namespace
 
+constinit thread_local LastFormat t_last_format{0, nullptr, nullptr};
+
+namespace {
+
+// Remembers the entry that answered, for compile_format_fast. An entry
+// refilled later is remembered again by the call that refills it.
+const CompiledFormat *answer(const CacheEntry &e) {
+  t_last_format = {e.length, e.format, &e.compiled};
+  return &e.compiled;
+}
+
+}  // namespace
+
 const CompiledFormat *compile_format(const char *format, std::size_t n) {
   if (n == 0 || n > kMaxFormatLength) return nullptr;
   FormatCache &cache = t_cache;
@@ -342,19 +346,21 @@ const CompiledFormat *compile_format(const char *format, std::size_t n) {
   // usually repeats one format.
   {
     CacheEntry &e = cache.entry[cache.last];
-    if (e.used && e.length == n && same_bytes(e.format, format, n)) return &e.compiled;
+    if (e.used && e.length == n && same_bytes(e.format, format, n)) return answer(e);
   }
   for (std::size_t i = 0; i < kCacheEntries; ++i) {
     CacheEntry &e = cache.entry[i];
     if (e.used && e.length == n && same_bytes(e.format, format, n)) {
       cache.last = i;
-      return &e.compiled;
+      return answer(e);
     }
   }
   cache.last = cache.next;
   CacheEntry &e = cache.entry[cache.next];
   cache.next = (cache.next + 1) % kCacheEntries;
-  return compile_into(e, format, n);
+  const CompiledFormat *compiled = compile_into(e, format, n);
+  if (compiled) answer(e);
+  return compiled;
 }
 
 bool keyword_table_initialised() {

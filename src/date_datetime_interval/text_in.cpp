@@ -583,7 +583,7 @@ const CompiledFormat *prepare(const QWZText *text, std::size_t text_length, cons
   if (fmt_full > kMaxFormatLength) return nullptr;
   t = trim_and_cut(txt, std::strlen(txt), text_length);
   const TrimmedText f = trim_and_cut(fmt, fmt_full, format_length);
-  const CompiledFormat *tokens = compile_format(f.begin, f.length);
+  const CompiledFormat *tokens = compile_format_fast(f.begin, f.length);
   if (tokens && tokens->fault != FormatFault::none) {
     error_code = kFormatFaultCode;
     return nullptr;

@@ -286,7 +286,7 @@ bool write_fast(const QWZDate &d, const QWZDateTime *dt, const QWZtext *format,
   const std::size_t full = std::strlen(fmt);
   if (full > qwz::kMaxFormatLength) return false;
   const qwz::TrimmedText f = qwz::trim_and_cut(fmt, full, format_length);
-  const qwz::CompiledFormat *tokens = qwz::compile_format(f.begin, f.length);
+  const qwz::CompiledFormat *tokens = qwz::compile_format_fast(f.begin, f.length);
   if (!tokens || tokens->fault != qwz::FormatFault::none) return false;
   qwz::WritePlan &plan = tokens->write[dt ? 0 : 1];
   if (plan.state == 0) build_write_plan(*tokens, dt == nullptr, plan);
@@ -314,7 +314,7 @@ bool fields_to_text(const datetime_fields &fields, const QWZtext *format,
   const std::size_t full = std::strlen(fmt);
   if (full > qwz::kMaxFormatLength) return false;
   const qwz::TrimmedText f = qwz::trim_and_cut(fmt, full, format_length);
-  const qwz::CompiledFormat *tokens = qwz::compile_format(f.begin, f.length);
+  const qwz::CompiledFormat *tokens = qwz::compile_format_fast(f.begin, f.length);
   if (!tokens) return false;
   switch (tokens->fault) {
     case qwz::FormatFault::none: break;
