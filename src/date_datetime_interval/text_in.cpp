@@ -404,7 +404,9 @@ void record_values(qwz::ParsePlan &plan, const unsigned char *t, bool tz_given) 
 // The value of `count` adjacent digits; two and four are the usual counts.
 inline std::int64_t digits_value(const unsigned char *p, std::size_t count) {
   switch (count) {
+    case 1: return p[0] - '0';
     case 2: return (p[0] - '0') * 10 + (p[1] - '0');
+    case 3: return ((p[0] - '0') * 10 + (p[1] - '0')) * 10 + (p[2] - '0');
     case 4: return ((p[0] - '0') * 10 + (p[1] - '0')) * 100 + (p[2] - '0') * 10 + (p[3] - '0');
     default: {
       std::int64_t run = 0;
@@ -416,19 +418,25 @@ inline std::int64_t digits_value(const unsigned char *p, std::size_t count) {
 
 // The numbers of a recorded parse, on a text of the same shape.
 void replay_values(const qwz::ParsePlan &plan, const unsigned char *t, qwz::FieldValues &out) {
-  long *const field_slot[qwz::kValueFields] = {&out.year,   &out.month,  &out.day,
-                                              &out.hour,   &out.minute, &out.second,
-                                              nullptr,     &out.tz_hour, &out.tz_minute};
-  for (int field = 0; field < qwz::kValueFields; ++field)
-    if (field != qwz::kValueFraction) *field_slot[field] = plan.value[field].constant;
-  out.fraction_ns = static_cast<ub4>(plan.value[qwz::kValueFraction].constant);
+  using V = qwz::FieldValues;
+  // Where each field's long lives in the values (the fraction is apart).
+  static constexpr std::size_t kSlot[qwz::kValueFields] = {
+      offsetof(V, year), offsetof(V, month),   offsetof(V, day),
+      offsetof(V, hour), offsetof(V, minute),  offsetof(V, second),
+      0,                 offsetof(V, tz_hour), offsetof(V, tz_minute)};
+  char *const base = reinterpret_cast<char *>(&out);
+  const auto put = [&](int field, std::int64_t v) {
+    if (field == qwz::kValueFraction) {
+      out.fraction_ns = static_cast<ub4>(v);
+    } else {
+      const long l = static_cast<long>(v);
+      std::memcpy(base + kSlot[field], &l, sizeof l);
+    }
+  };
+  for (int field = 0; field < qwz::kValueFields; ++field) put(field, plan.value[field].constant);
   for (std::size_t k = 0; k < plan.reads; ++k) {
     const qwz::PlanRead &r = plan.read[k];
-    const std::int64_t v = digits_value(t + r.pos, r.count) * r.mult;
-    if (r.field == qwz::kValueFraction)
-      out.fraction_ns = static_cast<ub4>(v);
-    else
-      *field_slot[r.field] = static_cast<long>(v);
+    put(r.field, digits_value(t + r.pos, r.count) * r.mult);
   }
   out.tz_given = plan.tz_given != 0;
   out.tz_hour_negative = plan.tz_hour_negative != 0;

@@ -22,6 +22,7 @@
 
 #include <qwz/qwz.h>
 
+#include <bit>
 #include <cstdint>
 #include <cstring>
 
@@ -212,8 +213,10 @@ struct WriteValues {
 inline unsigned fraction_digits(ub4 ns, std::size_t width) {
   static constexpr ub4 kPow10[10] = {1,      10,      100,      1000,      10000,
                                      100000, 1000000, 10000000, 100000000, 1000000000};
-  std::size_t digits = 1;
-  while (digits < 10 && ns >= kPow10[digits]) ++digits;
+  // Decimal digits of ns: from its bit width (1233 / 4096 is just above
+  // log10 2), less one when ns is below the power that estimate reaches.
+  const unsigned estimate = (static_cast<unsigned>(std::bit_width(ns)) * 1233u) >> 12;
+  const std::size_t digits = ns == 0 ? 1 : estimate + (ns >= kPow10[estimate] ? 1u : 0u);
   if (digits < width) return ns;
   // Division by a constant is a multiplication; by a variable it is one of
   // the slowest instructions there are.
