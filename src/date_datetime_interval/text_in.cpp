@@ -520,17 +520,18 @@ bool parse_compiled(const char *text, std::size_t n, const qwz::CompiledFormat &
   return parse_and_record(text, n, format, f, calendar_defaults);
 }
 
-// The numbers straight from a text of a recorded shape, when the plan's
-// value part applies; false leaves the text to parse_compiled.
-inline bool read_values_directly(const char *text, std::size_t n,
-                                 const qwz::CompiledFormat &format, bool calendar_defaults,
-                                 qwz::FieldValues &values) {
-  if (n > qwz::kPlanMaxText) return false;
-  const auto *t = reinterpret_cast<const unsigned char *>(text);
-  const qwz::ParsePlan *plan = matching_plan(format, t, n);
-  if (!plan || !plan->values_valid || (plan->clock_needed && calendar_defaults)) return false;
-  replay_values(*plan, t, values);
-  return true;
+// The plan whose numbers can be read straight from the text: one of the
+// text's shape whose value part applies (and that needs no clock when the
+// caller takes a missing year or month from it). NULL leaves the text to
+// the record.
+inline const qwz::ParsePlan *value_plan(const char *text, std::size_t n,
+                                        const qwz::CompiledFormat &format,
+                                        bool calendar_defaults) {
+  if (n > qwz::kPlanMaxText) return nullptr;
+  const qwz::ParsePlan *plan =
+      matching_plan(format, reinterpret_cast<const unsigned char *>(text), n);
+  if (!plan || !plan->values_valid || (plan->clock_needed && calendar_defaults)) return nullptr;
+  return plan;
 }
 
 template <std::size_t N>
@@ -645,7 +646,10 @@ bool text_to_values(const QWZText *text, std::size_t text_length, const QWZText 
   const CompiledFormat *tokens =
       prepare(text, text_length, format, format_length, t, error_code);
   if (!tokens) return false;
-  if (read_values_directly(t.begin, t.length, *tokens, calendar_defaults, values)) return true;
+  if (const ParsePlan *plan = value_plan(t.begin, t.length, *tokens, calendar_defaults)) {
+    replay_values(*plan, reinterpret_cast<const unsigned char *>(t.begin), values);
+    return true;
+  }
   return values_through_record(t, *tokens, values, calendar_defaults);
 }
 
@@ -655,13 +659,9 @@ bool text_to_date(const QWZText *text, std::size_t text_length, const QWZText *f
   const CompiledFormat *tokens =
       prepare(text, text_length, format, format_length, t, error_code);
   if (!tokens) return false;
-  if (t.length <= kPlanMaxText) {
-    const auto *tt = reinterpret_cast<const unsigned char *>(t.begin);
-    const ParsePlan *plan = matching_plan(*tokens, tt, t.length);
-    if (plan && plan->values_valid && !plan->clock_needed) {
-      replay_date(*plan, tt, date);
-      return true;
-    }
+  if (const ParsePlan *plan = value_plan(t.begin, t.length, *tokens, true)) {
+    replay_date(*plan, reinterpret_cast<const unsigned char *>(t.begin), date);
+    return true;
   }
   FieldValues v;
   if (!values_through_record(t, *tokens, v, true)) return false;
