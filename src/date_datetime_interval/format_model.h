@@ -323,6 +323,7 @@ struct WritePlan {
   char text[kWritePlanMaxText + 8];  // the template, NUL-terminated
   WriteField field[kWritePlanMaxFields];
   WritePair pair[2 * kWritePlanMaxFields];
+  ub1 other[kWritePlanMaxFields];  // those fields' indices in `field`
 };
 
 struct CompiledFormat {

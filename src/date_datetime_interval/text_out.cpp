@@ -193,9 +193,12 @@ void build_write_plan(const qwz::CompiledFormat &format, bool date, qwz::WritePl
       case qwz::WriteSource::hour: pair(f.pos, 4); break;
       case qwz::WriteSource::minute: pair(f.pos, 5); break;
       case qwz::WriteSource::second: pair(f.pos, 6); break;
-      case qwz::WriteSource::tz_hour: pair(f.pos + 1u, 7); ++plan.others; break;
+      case qwz::WriteSource::tz_hour:
+        pair(f.pos + 1u, 7);
+        plan.other[plan.others++] = static_cast<ub1>(i);
+        break;
       case qwz::WriteSource::tz_minute: pair(f.pos, 8); break;
-      case qwz::WriteSource::fraction: ++plan.others; break;
+      case qwz::WriteSource::fraction: plan.other[plan.others++] = static_cast<ub1>(i); break;
     }
   }
   plan.state = 1;
@@ -246,9 +249,8 @@ void write_through_plan(const qwz::WritePlan &plan, const WriteValues &w, char *
     const qwz::WritePair &p = plan.pair[i];
     std::memcpy(out + p.pos, qwz::kDigitPairs.text + 2 * pair_value[p.value], 2);
   }
-  if (plan.others == 0) return;
-  for (std::size_t i = 0; i < plan.fields; ++i) {
-    const qwz::WriteField &f = plan.field[i];
+  for (std::size_t i = 0; i < plan.others; ++i) {
+    const qwz::WriteField &f = plan.field[plan.other[i]];
     char *at = out + f.pos;
     if (f.source == qwz::WriteSource::tz_hour) {
       at[0] = w.tz_negative ? '-' : '+';
