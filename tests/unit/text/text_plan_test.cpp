@@ -192,6 +192,40 @@ TEST(TextPlanRead, MissingYearAndMonthComeFromTheClockOnEveryReading) {
   }
 }
 
+// Formats of one length that differ only in their bytes, more of them than
+// the per-thread cache holds, used in turns: every conversion must use the
+// format it was given, whether the format is the last one used, one still
+// in the cache, or one whose entry another format has taken meanwhile.
+TEST(TextPlanFormats, FormatsOfOneLengthTakingTurnsEachReadAndWriteTheirOwnWay) {
+  setenv("TZ", kUtc, 1);
+  tzset();
+  struct Case {
+    const char *format;
+    const char *text;
+  };
+  const Case cases[] = {
+      {"DD.MM.YYYY", "17.05.2024"}, {"MM.DD.YYYY", "05.17.2024"}, {"YYYY.MM.DD", "2024.05.17"},
+      {"YYYY.DD.MM", "2024.17.05"}, {"DD.YYYY.MM", "17.2024.05"}, {"MM.YYYY.DD", "05.2024.17"},
+  };
+  const QWZDate want{2024, 5, 17, 0, 0, 0};
+  // In order, then every other one, then backwards, twice each.
+  const int order[] = {0, 1, 2, 3, 4, 5, 0, 2, 4, 1, 3, 5, 5, 4, 3, 2, 1, 0, 0, 0, 3, 3};
+  for (int round = 0; round < 2; ++round) {
+    for (const int i : order) {
+      const Case &c = cases[i];
+      SCOPED_TRACE(c.format);
+      QWZDate got{};
+      ASSERT_EQ(date_from_text(nullptr, U(c.text), 10, U(c.format), 10, &got), 1);
+      EXPECT_EQ(got, want);
+      QWZtext out[16] = {};
+      ub4 size = sizeof out - 1;
+      sb4 code = 0;
+      ASSERT_EQ(date_to_text(&want, U(c.format), 10, 0, &size, out, &code), 0);
+      EXPECT_STREQ(reinterpret_cast<const char *>(out), c.text);
+    }
+  }
+}
+
 // ---- writing ------------------------------------------------------------
 
 const char *const kWriteFormats[] = {
