@@ -170,18 +170,13 @@ QWZ_API sword QWZDateNextDay(QWZError *errhp, const QWZDate *date, const QWZtext
         // length can never match: whatever the text holds, the answer is the
         // format error.
         if (day_length > kLongestWeekday + 1) return week_format(errhp);
-        // The text up to its first NUL (bytes after it never take part, so
-        // none is read), folded to lower case: anything but ASCII letters
-        // there is a format error.
+        // A copy of the text up to its first NUL (bytes after it never take
+        // part, so none is read), folded to lower case: anything but ASCII
+        // letters there is a format error.
         ub1 buf[16] = {};
-        bool letters = true;
-        for (ub4 i = 0; i < day_length && day_p[i] != 0; ++i) {
-          const ub1 c = day_p[i];
-          const bool upper = c >= 'A' && c <= 'Z';
-          if (!upper && !(c >= 'a' && c <= 'z')) letters = false;
-          buf[i] = upper ? static_cast<ub1>(c - 'A' + 'a') : c;
-        }
-        if (!letters) return week_format(errhp);
+        for (ub4 i = 0; i < day_length && day_p[i] != 0; ++i) buf[i] = day_p[i];
+        ub4 folded = day_length;
+        if (lower_string(buf, &folded) != 0) return week_format(errhp);
         for (ub4 i = 0; i < 7; ++i)
           if (weekday_matches(kWeekdays[i], buf, day_length))
             return done(date_next_day(errhp, date, i, next_day));
