@@ -367,10 +367,13 @@ bool keyword_table_initialised() {
   return std::atomic_ref<sb4>(g_qwz_initilized).load(std::memory_order_acquire) == 1;
 }
 
-unsigned long TracedText::word() const {
-  if (!text_) return reinterpret_cast<unsigned long>(kNullText);
-  const std::size_t bound = indirect_ ? (bound_ptr_ ? *bound_ptr_ : 0) : bound_;
-  const char *s = static_cast<const char *>(text_);
+namespace {
+
+// A NUL-terminated copy of at most `bound` characters of text, in a small
+// per-thread ring ("(null)" for NULL).
+unsigned long traced_copy(const void *text, std::size_t bound) {
+  if (!text) return reinterpret_cast<unsigned long>(kNullText);
+  const char *s = static_cast<const char *>(text);
   // A record has at most four text arguments and is formatted before the
   // next one is started, so eight copies per thread are never overwritten
   // while still in use.
@@ -379,6 +382,13 @@ unsigned long TracedText::word() const {
   std::string &copy = ring[next++ % 8];
   copy.assign(s, strnlen(s, bound));
   return reinterpret_cast<unsigned long>(copy.c_str());
+}
+
+}  // namespace
+
+TracedText::operator unsigned long() const { return traced_copy(text_, bound_); }
+TracedTextAt::operator unsigned long() const {
+  return traced_copy(text_, text_ ? (bound_ ? *bound_ : 0) : 0);
 }
 
 std::size_t decimal_text(long v, int width, char *dst, std::size_t cap) {

@@ -259,13 +259,18 @@ enum PlanValueField : ub1 {
   kValueYear, kValueMonth, kValueDay, kValueHour, kValueMinute, kValueSecond,
   kValueFraction, kValueTzHour, kValueTzMinute, kValueFields
 };
-// The fields of the value part read from the text, in field order (so the
-// date's fields come first): the same reads as PlanValue, packed.
-struct PlanRead {
+// The value part's digits as pairs of adjacent characters, each adding
+// (first - '0') * w0 + (second - '0') * w1 to its field in 32-bit wrapping
+// arithmetic: every field keeps at most its low 32 bits, and a field other
+// than the fraction never exceeds nine digits, so its value is exact. A run
+// of odd length ends in an entry with w1 = 0, whose second character is the
+// one after the run (at most the NUL that ends the text). Listed in field
+// order, so the date's fields come first.
+inline constexpr std::size_t kPlanMaxPairs = 3 * kValueFields;
+struct PlanPair {
   ub1 field;  // a PlanValueField
   ub1 pos;
-  ub1 count;
-  std::int32_t mult;
+  ub4 w0, w1;
 };
 // The shape test for one eight-byte word of a text, as masks: the text's
 // word x has the plan's shape when ((x & mask) ^ value) | ((x + carry) & over)
@@ -286,13 +291,13 @@ struct ParsePlan {
   ub1 clock_needed;       // the year or the month was left empty
   ub1 tz_given;
   ub1 tz_hour_negative;   // the zone hour's text starts with '-'
-  ub1 reads;              // entries of `read`
-  ub1 date_reads;         // of them, those for year to second
-  ub2 date_constant[6];   // year to second as a date holds them, before the reads
+  ub1 pairs;              // entries of `pair`
+  ub1 date_pairs;         // of them, those for year to second
+  ub4 constant[kValueFields];  // each field before its pairs are added
   ShapeWord shape[kPlanMaxText / 8];
   PlanStore store[kPlanMaxStores];
   PlanValue value[kValueFields];
-  PlanRead read[kValueFields];
+  PlanPair pair[kPlanMaxPairs];
 };
 
 // A compiled writer for values whose fields all print at their usual
@@ -360,16 +365,19 @@ struct LastFormat {
 // Whether a[0, n) equals b[0, n) for n >= 8: eight bytes at a time, the
 // last word overlapping the one before.
 inline bool same_long_bytes(const char *a, const char *b, std::size_t n) {
-  std::uint64_t x, y, diff = 0;
-  std::size_t i = 0;
-  for (; i + 8 < n; i += 8) {
-    std::memcpy(&x, a + i, 8);
-    std::memcpy(&y, b + i, 8);
-    diff |= x ^ y;
-  }
-  std::memcpy(&x, a + n - 8, 8);
-  std::memcpy(&y, b + n - 8, 8);
-  return (diff | (x ^ y)) == 0;
+  const auto word_at = [](const char *p, std::size_t at) {
+    std::uint64_t x;
+    std::memcpy(&x, p + at, 8);
+    return x;
+  };
+  const auto differ = [&](std::size_t at) { return word_at(a, at) ^ word_at(b, at); };
+  // Formats are mostly 8 to 32 characters: two or four overlapping words,
+  // with no loop.
+  if (n <= 16) return (differ(0) | differ(n - 8)) == 0;
+  if (n <= 32) return (differ(0) | differ(8) | differ(n - 16) | differ(n - 8)) == 0;
+  std::uint64_t diff = 0;
+  for (std::size_t i = 0; i + 8 < n; i += 8) diff |= differ(i);
+  return (diff | differ(n - 8)) == 0;
 }
 
 // compile_format, answering a repeat of the last format inline.
@@ -422,28 +430,30 @@ bool keyword_table_initialised();
 // NULL). The copy is made only when a trace record is written, and again for
 // each record, so an output buffer traced on exit shows what was written.
 // Copies live in a small per-thread ring that outlasts the formatting of
-// one record; an untraced call only stores the pointer and the bound.
+// one record. Both kinds are two plain words: an untraced call hands them
+// to the frame by value, and only the cold trace path turns them into text.
 class TracedText {
  public:
   TracedText(const void *text, std::size_t bound) : text_(text), bound_(bound) {}
-  // The bound is read through `bound` when the record is written (NULL: 0).
-  TracedText(const void *text, const ub4 *bound) : text_(text), bound_ptr_(bound), indirect_(true) {}
-  TracedText(const TracedText &) = delete;
-  TracedText &operator=(const TracedText &) = delete;
-
-  // What run_frame takes as the traced argument.
-  struct Arg {
-    const TracedText *owner;
-    explicit operator unsigned long() const { return owner->word(); }
-  };
-  Arg arg() const { return {this}; }
+  // What run_frame takes as the traced argument (a copy).
+  TracedText arg() const { return *this; }
+  explicit operator unsigned long() const;
 
  private:
-  unsigned long word() const;
   const void *text_;
-  std::size_t bound_ = 0;
-  const ub4 *bound_ptr_ = nullptr;
-  bool indirect_ = false;
+  std::size_t bound_;
+};
+// The same, with the bound read through `bound` when the record is written
+// (NULL: 0), so an exit record shows a length the call changed.
+class TracedTextAt {
+ public:
+  TracedTextAt(const void *text, const ub4 *bound) : text_(text), bound_(bound) {}
+  TracedTextAt arg() const { return *this; }
+  explicit operator unsigned long() const;
+
+ private:
+  const void *text_;
+  const ub4 *bound_;
 };
 
 // Writes "%0*ld"-style decimal text of v (at least `width` characters, a

@@ -231,30 +231,25 @@ inline std::uint64_t shape_word(std::uint64_t x) {
   return x & ~((digit >> 7) * 0x0F);
 }
 
-// Word w of the text (zero past its end). The last, partial word of a text
-// of eight characters or more is read as the eight bytes ending at the
-// text's end, shifted down: one load instead of a byte loop.
-inline std::uint64_t text_word_at(const unsigned char *t, std::size_t n, std::size_t w) {
-  const std::size_t i = 8 * w;
-  if (i + 8 <= n) {
-    std::uint64_t x;
+// Word w of the text as the shape test reads it. A text of eight characters
+// or more is read in whole words, the last one being the eight bytes that
+// end the text (overlapping the word before when the length is not a
+// multiple of eight): one load per word, never past the text. A shorter
+// text is one word, zero past its end.
+inline std::uint64_t shape_word_at(const unsigned char *t, std::size_t n, std::size_t w) {
+  std::uint64_t x;
+  if (n >= 8) {
+    const std::size_t i = 8 * w + 8 <= n ? 8 * w : n - 8;
     std::memcpy(&x, t + i, 8);
     return x;
   }
-  if (n >= 8) {
-    std::uint64_t x;
-    std::memcpy(&x, t + n - 8, 8);
-    return x >> (8 * (8 - (n - i)));
-  }
-  return text_word(t, n, i);
+  return text_word(t, n, 0);
 }
 
-// The shape test of a plan, from the text it was recorded on: word by word,
-// the text with every digit read as '0' turned into masks (see ShapeWord).
 void build_shape(qwz::ParsePlan &plan, const unsigned char *t, std::size_t n) {
   std::memset(plan.shape, 0, sizeof plan.shape);
   for (std::size_t w = 0; w * 8 < n; ++w) {
-    const std::uint64_t shape = shape_word(text_word_at(t, n, w));
+    const std::uint64_t shape = shape_word(shape_word_at(t, n, w));
     qwz::ShapeWord &sw = plan.shape[w];
     for (std::size_t k = 0; k < 8; ++k) {
       const std::uint64_t b = (shape >> (8 * k)) & 0xFF;
@@ -264,7 +259,7 @@ void build_shape(qwz::ParsePlan &plan, const unsigned char *t, std::size_t n) {
         sw.value |= std::uint64_t{0x30} << at;
         sw.carry |= std::uint64_t{0x06} << at;
         sw.over |= std::uint64_t{0x40} << at;
-      } else if (b != 0) {  // 0 only past the text's end
+      } else if (b != 0) {  // 0 only past the end of a short text
         sw.mask |= std::uint64_t{0xFF} << at;
         sw.value |= b << at;
       }
@@ -275,7 +270,7 @@ void build_shape(qwz::ParsePlan &plan, const unsigned char *t, std::size_t n) {
 // Whether t (of the plan's length) has the plan's shape.
 inline bool has_shape(const qwz::ParsePlan &plan, const unsigned char *t, std::size_t n) {
   for (std::size_t w = 0; w * 8 < n; ++w) {
-    const std::uint64_t x = text_word_at(t, n, w);
+    const std::uint64_t x = shape_word_at(t, n, w);
     const qwz::ShapeWord &sw = plan.shape[w];
     if ((((x & sw.mask) ^ sw.value) | ((x + sw.carry) & sw.over)) != 0) return false;
   }
@@ -387,77 +382,71 @@ void record_values(qwz::ParsePlan &plan, const unsigned char *t, bool tz_given) 
     v.count = static_cast<ub1>(digits);
     v.mult = static_cast<std::int32_t>(negative ? -mult : mult);
   }
-  // The packed form: the reads in field order, and the date's fields as a
-  // date holds them before its reads.
-  plan.reads = 0;
-  plan.date_reads = 0;
+  // The packed form: each field's digits as pairs, in field order.
+  plan.pairs = 0;
+  plan.date_pairs = 0;
   for (int field = 0; field < qwz::kValueFields; ++field) {
     const qwz::PlanValue &v = plan.value[field];
-    if (field <= qwz::kValueSecond) plan.date_constant[field] = static_cast<ub2>(v.constant);
+    plan.constant[field] = static_cast<ub4>(v.constant);
     if (!v.from_text) continue;
-    plan.read[plan.reads++] = {static_cast<ub1>(field), v.pos, v.count, v.mult};
-    if (field <= qwz::kValueSecond) plan.date_reads = plan.reads;
+    if (v.count > 9 || plan.pairs + (v.count + 1u) / 2 > qwz::kPlanMaxPairs) return;
+    const auto mult = static_cast<ub4>(v.mult);
+    for (std::size_t i = 0; i < v.count; i += 2) {
+      const ub4 w0 = static_cast<ub4>(kPow10[v.count - 1 - i]) * mult;
+      const ub4 w1 = i + 1 < v.count ? static_cast<ub4>(kPow10[v.count - 2 - i]) * mult : 0;
+      plan.pair[plan.pairs++] = {static_cast<ub1>(field), static_cast<ub1>(v.pos + i), w0, w1};
+    }
+    if (field <= qwz::kValueSecond) plan.date_pairs = plan.pairs;
   }
   plan.values_valid = 1;
 }
 
-// The value of `count` adjacent digits; two and four are the usual counts.
-inline std::int64_t digits_value(const unsigned char *p, std::size_t count) {
-  switch (count) {
-    case 1: return p[0] - '0';
-    case 2: return (p[0] - '0') * 10 + (p[1] - '0');
-    case 3: return ((p[0] - '0') * 10 + (p[1] - '0')) * 10 + (p[2] - '0');
-    case 4: return ((p[0] - '0') * 10 + (p[1] - '0')) * 100 + (p[2] - '0') * 10 + (p[3] - '0');
-    default: {
-      std::int64_t run = 0;
-      for (std::size_t k = 0; k < count; ++k) run = run * 10 + (p[k] - '0');
-      return run;
-    }
+// Each field of a recorded parse's value part, on a text of the same
+// shape: the plan's constants, plus the first `pairs` of its digit pairs.
+inline void add_pairs(const qwz::ParsePlan &plan, std::size_t pairs, const unsigned char *t,
+                      ub4 *field) {
+  for (std::size_t k = 0; k < pairs; ++k) {
+    const qwz::PlanPair &p = plan.pair[k];
+    std::uint16_t two;
+    std::memcpy(&two, t + p.pos, 2);
+    field[p.field] += ((two & 0xFFu) - '0') * p.w0 + ((two >> 8) - '0') * p.w1;
   }
 }
 
 // The numbers of a recorded parse, on a text of the same shape.
 void replay_values(const qwz::ParsePlan &plan, const unsigned char *t, qwz::FieldValues &out) {
-  using V = qwz::FieldValues;
-  // Where each field's long lives in the values (the fraction is apart).
-  static constexpr std::size_t kSlot[qwz::kValueFields] = {
-      offsetof(V, year), offsetof(V, month),   offsetof(V, day),
-      offsetof(V, hour), offsetof(V, minute),  offsetof(V, second),
-      0,                 offsetof(V, tz_hour), offsetof(V, tz_minute)};
-  char *const base = reinterpret_cast<char *>(&out);
-  const auto put = [&](int field, std::int64_t v) {
-    if (field == qwz::kValueFraction) {
-      out.fraction_ns = static_cast<ub4>(v);
-    } else {
-      const long l = static_cast<long>(v);
-      std::memcpy(base + kSlot[field], &l, sizeof l);
-    }
+  ub4 v[qwz::kValueFields];
+  std::memcpy(v, plan.constant, sizeof v);
+  add_pairs(plan, plan.pairs, t, v);
+  // Fields other than the fraction are exact in 32 bits, sign included.
+  const auto exact = [&](int field) {
+    return static_cast<long>(static_cast<std::int32_t>(v[field]));
   };
-  for (int field = 0; field < qwz::kValueFields; ++field) put(field, plan.value[field].constant);
-  for (std::size_t k = 0; k < plan.reads; ++k) {
-    const qwz::PlanRead &r = plan.read[k];
-    put(r.field, digits_value(t + r.pos, r.count) * r.mult);
-  }
+  out.year = exact(qwz::kValueYear);
+  out.month = exact(qwz::kValueMonth);
+  out.day = exact(qwz::kValueDay);
+  out.hour = exact(qwz::kValueHour);
+  out.minute = exact(qwz::kValueMinute);
+  out.second = exact(qwz::kValueSecond);
+  out.fraction_ns = v[qwz::kValueFraction];
+  out.tz_hour = exact(qwz::kValueTzHour);
+  out.tz_minute = exact(qwz::kValueTzMinute);
   out.tz_given = plan.tz_given != 0;
   out.tz_hour_negative = plan.tz_hour_negative != 0;
 }
 
-// A date's fields straight from a text of a recorded shape: the plan's
-// constants, then its reads of year to second, each cut to the field's 16
-// bits as a conversion of the number would.
+// A date's fields straight from a text of a recorded shape, each cut to the
+// field's 16 bits as a conversion of the number would.
 inline void replay_date(const qwz::ParsePlan &plan, const unsigned char *t, QWZDate &date) {
-  ub2 slot[6];
-  std::memcpy(slot, plan.date_constant, sizeof slot);
-  for (std::size_t k = 0; k < plan.date_reads; ++k) {
-    const qwz::PlanRead &r = plan.read[k];
-    slot[r.field] = static_cast<ub2>(digits_value(t + r.pos, r.count) * r.mult);
-  }
-  date.year = static_cast<sb2>(slot[0]);
-  date.month = slot[1];
-  date.day = slot[2];
-  date.hour = slot[3];
-  date.minute = slot[4];
-  date.second = slot[5];
+  ub4 v[qwz::kValueSecond + 1];
+  std::memcpy(v, plan.constant, sizeof v);
+  add_pairs(plan, plan.date_pairs, t, v);
+  date.year = static_cast<sb2>(v[qwz::kValueYear]);
+  date.month = static_cast<ub2>(v[qwz::kValueMonth]);
+  date.day = static_cast<ub2>(v[qwz::kValueDay]);
+  date.hour = static_cast<ub2>(v[qwz::kValueHour]);
+  date.minute = static_cast<ub2>(v[qwz::kValueMinute]);
+  date.second = static_cast<ub2>(v[qwz::kValueSecond]);
 }
 
 // Fills what the text left empty: year and month from the local clock
