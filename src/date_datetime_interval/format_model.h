@@ -281,6 +281,19 @@ struct PlanPair {
 struct ShapeWord {
   std::uint64_t mask, value, carry, over;
 };
+// The date's fields read all at once, when each is a constant or an
+// unsigned run of two digits (four or two for the year): eight lanes of 16
+// bits, each holding the two characters at its position and then their
+// value. The first word's lanes are month, day, hour and minute (a date's
+// layout); the second's the year's hundreds, the year's rest and the
+// second. A lane whose field is read keeps 0xFFFF in `keep`; the others
+// hold their constant (and read, harmlessly, where a read lane does).
+struct DateLanes {
+  ub1 usable;
+  ub1 pos[8];
+  std::uint64_t keep[2];
+  std::uint64_t constant[2];
+};
 struct ParsePlan {
   ub1 valid;
   ub1 length;
@@ -298,6 +311,7 @@ struct ParsePlan {
   PlanStore store[kPlanMaxStores];
   PlanValue value[kValueFields];
   PlanPair pair[kPlanMaxPairs];
+  DateLanes lanes;
 };
 
 // A compiled writer for values whose fields all print at their usual

@@ -57,6 +57,19 @@ inline sword nested_datetime_check(void *hndl, QWZError *errhp, const QWZDateTim
   return run_untraced(errhp, [&] { return datetime_check_work(hndl, errhp, date, valid); });
 }
 
+// The same check for a caller that has already, in its own call, passed the
+// error handle, the context handle and this descriptor through the same
+// tests, and has written no diagnostic since its frame cleared it. With
+// tracing off those tests would pass again and the clearing would find
+// nothing to clear, so the check comes down to the flags; with tracing on
+// it is the real call, for its records.
+inline sword nested_datetime_check_checked(void *hndl, QWZError *errhp, const QWZDateTime *date,
+                                           ub4 *valid) {
+  if (qwz_trace_flag) [[unlikely]] return QWZDateTimeCheck(hndl, errhp, date, valid);
+  *valid = datetime_flags(date);
+  return 0;
+}
+
 // ---- QWZDateTimeAssign ---------------------------------------------------------
 inline Outcome datetime_assign_work(void *hndl, QWZError *errhp, const QWZDateTime *from,
                                     QWZDateTime *to) {

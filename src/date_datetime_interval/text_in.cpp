@@ -24,6 +24,7 @@
 
 #include <qwz/qwz.h>
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -327,6 +328,47 @@ int value_field_of(std::size_t offset) {
 constexpr std::int64_t kPow10[10] = {1,      10,      100,      1000,      10000,
                                      100000, 1000000, 10000000, 100000000, 1000000000};
 
+// Lane of each date field in DateLanes (the year's two lanes are 4 and 5).
+constexpr std::size_t kDateLane[6] = {5, 0, 1, 2, 3, 6};
+
+// The plan's DateLanes, when every date field qualifies (see DateLanes).
+void record_lanes(qwz::ParsePlan &plan) {
+  qwz::DateLanes &l = plan.lanes;
+  l = {};
+  int any_read = -1;
+  for (int field = 0; field <= qwz::kValueSecond; ++field)
+    if (plan.value[field].from_text) any_read = plan.value[field].pos;
+  if (any_read < 0) return;
+  for (ub1 &p : l.pos) p = static_cast<ub1>(any_read);
+  const auto set = [&](std::size_t lane, bool read, std::uint64_t value) {
+    const std::size_t word = lane / 4, shift = 16 * (lane % 4);
+    if (read) {
+      l.keep[word] |= std::uint64_t{0xFFFF} << shift;
+      l.pos[lane] = static_cast<ub1>(value);
+    } else {
+      l.constant[word] |= value << shift;
+    }
+  };
+  for (int field = 0; field <= qwz::kValueSecond; ++field) {
+    const qwz::PlanValue &v = plan.value[field];
+    const std::size_t lane = kDateLane[field];
+    if (!v.from_text) {
+      if (v.constant < 0 || v.constant > 0x7FFF) return;
+      set(lane, false, static_cast<std::uint64_t>(v.constant));
+    } else if (v.mult != 1) {
+      return;
+    } else if (v.count == 2) {
+      set(lane, true, v.pos);
+    } else if (field == qwz::kValueYear && v.count == 4) {
+      set(4, true, v.pos);
+      set(lane, true, v.pos + 2u);
+    } else {
+      return;
+    }
+  }
+  l.usable = 1;
+}
+
 // Works out, from a recorded parse of text t, what each value field will
 // hold on any text of the same shape: the defaults of empty fields as
 // constants, the others as a sign and a run of digits read in place. A
@@ -398,14 +440,15 @@ void record_values(qwz::ParsePlan &plan, const unsigned char *t, bool tz_given) 
     }
     if (field <= qwz::kValueSecond) plan.date_pairs = plan.pairs;
   }
+  record_lanes(plan);
   plan.values_valid = 1;
 }
 
 // Each field of a recorded parse's value part, on a text of the same
-// shape: the plan's constants, plus the first `pairs` of its digit pairs.
-inline void add_pairs(const qwz::ParsePlan &plan, std::size_t pairs, const unsigned char *t,
-                      ub4 *field) {
-  for (std::size_t k = 0; k < pairs; ++k) {
+// shape: the plan's constants, plus its digit pairs [from, to).
+inline void add_pairs(const qwz::ParsePlan &plan, std::size_t from, std::size_t to,
+                      const unsigned char *t, ub4 *field) {
+  for (std::size_t k = from; k < to; ++k) {
     const qwz::PlanPair &p = plan.pair[k];
     std::uint16_t two;
     std::memcpy(&two, t + p.pos, 2);
@@ -413,21 +456,61 @@ inline void add_pairs(const qwz::ParsePlan &plan, std::size_t pairs, const unsig
   }
 }
 
+// Four lanes of DateLanes: the two characters at each position, then
+// their value. With each character's low nibble d0 (low byte) and d1,
+// multiplying by 0x0A01 puts 10 * d0 + d1 in the lane's high byte; what
+// reaches the next lane's low byte (at most 10 * 15 + 15, for the
+// characters of an unread lane) carries no further, and is shifted out.
+inline std::uint64_t lane_values(const unsigned char *t, const ub1 *pos) {
+  std::uint64_t w = 0;
+  for (std::size_t k = 0; k < 4; ++k) {
+    std::uint16_t two;
+    std::memcpy(&two, t + pos[k], 2);
+    w |= std::uint64_t{two} << (16 * k);
+  }
+  return (((w & 0x0F0F0F0F0F0F0F0Full) * 0x0A01) >> 8) & 0x00FF00FF00FF00FFull;
+}
+
+// A date from its lanes: month to minute in one move, as a date lays them
+// out.
+inline void date_from_lanes(const qwz::DateLanes &l, const unsigned char *t, QWZDate &date) {
+  static_assert(offsetof(QWZDate, day) == offsetof(QWZDate, month) + 2 &&
+                offsetof(QWZDate, hour) == offsetof(QWZDate, month) + 4 &&
+                offsetof(QWZDate, minute) == offsetof(QWZDate, month) + 6);
+  const std::uint64_t low = (lane_values(t, l.pos) & l.keep[0]) + l.constant[0];
+  const std::uint64_t high = (lane_values(t, l.pos + 4) & l.keep[1]) + l.constant[1];
+  std::memcpy(reinterpret_cast<unsigned char *>(&date) + offsetof(QWZDate, month), &low, 8);
+  date.year = static_cast<sb2>((high & 0xFFFF) * 100 + ((high >> 16) & 0xFFFF));
+  date.second = static_cast<ub2>(high >> 32);
+}
+
 // The numbers of a recorded parse, on a text of the same shape.
 void replay_values(const qwz::ParsePlan &plan, const unsigned char *t, qwz::FieldValues &out) {
   ub4 v[qwz::kValueFields];
   std::memcpy(v, plan.constant, sizeof v);
-  add_pairs(plan, plan.pairs, t, v);
   // Fields other than the fraction are exact in 32 bits, sign included.
   const auto exact = [&](int field) {
     return static_cast<long>(static_cast<std::int32_t>(v[field]));
   };
-  out.year = exact(qwz::kValueYear);
-  out.month = exact(qwz::kValueMonth);
-  out.day = exact(qwz::kValueDay);
-  out.hour = exact(qwz::kValueHour);
-  out.minute = exact(qwz::kValueMinute);
-  out.second = exact(qwz::kValueSecond);
+  if (std::endian::native == std::endian::little && plan.lanes.usable) {
+    QWZDate d;
+    date_from_lanes(plan.lanes, t, d);
+    add_pairs(plan, plan.date_pairs, plan.pairs, t, v);
+    out.year = d.year;
+    out.month = d.month;
+    out.day = d.day;
+    out.hour = d.hour;
+    out.minute = d.minute;
+    out.second = d.second;
+  } else {
+    add_pairs(plan, 0, plan.pairs, t, v);
+    out.year = exact(qwz::kValueYear);
+    out.month = exact(qwz::kValueMonth);
+    out.day = exact(qwz::kValueDay);
+    out.hour = exact(qwz::kValueHour);
+    out.minute = exact(qwz::kValueMinute);
+    out.second = exact(qwz::kValueSecond);
+  }
   out.fraction_ns = v[qwz::kValueFraction];
   out.tz_hour = exact(qwz::kValueTzHour);
   out.tz_minute = exact(qwz::kValueTzMinute);
@@ -438,9 +521,15 @@ void replay_values(const qwz::ParsePlan &plan, const unsigned char *t, qwz::Fiel
 // A date's fields straight from a text of a recorded shape, each cut to the
 // field's 16 bits as a conversion of the number would.
 inline void replay_date(const qwz::ParsePlan &plan, const unsigned char *t, QWZDate &date) {
+  if constexpr (std::endian::native == std::endian::little) {
+    if (plan.lanes.usable) {
+      date_from_lanes(plan.lanes, t, date);
+      return;
+    }
+  }
   ub4 v[qwz::kValueSecond + 1];
   std::memcpy(v, plan.constant, sizeof v);
-  add_pairs(plan, plan.date_pairs, t, v);
+  add_pairs(plan, 0, plan.date_pairs, t, v);
   date.year = static_cast<sb2>(v[qwz::kValueYear]);
   date.month = static_cast<ub2>(v[qwz::kValueMonth]);
   date.day = static_cast<ub2>(v[qwz::kValueDay]);
@@ -572,7 +661,7 @@ namespace {
 // trimming and cutting), then translated and checked. Returns the compiled
 // format, or NULL when the call ends here (error_code is set to 5 when the
 // format itself is at fault).
-const CompiledFormat *prepare(const QWZText *text, std::size_t text_length, const QWZText *format,
+[[gnu::always_inline]] inline const CompiledFormat *prepare(const QWZText *text, std::size_t text_length, const QWZText *format,
                               std::size_t format_length, TrimmedText &t, sb4 &error_code) {
   if (!text || !format) return nullptr;
   const char *txt = reinterpret_cast<const char *>(text);
@@ -778,7 +867,7 @@ QWZ_API sword QWZDateTimeFromText(void *hndl, QWZError *errhp, QWZText *date_str
         if (datetime_from_text(errhp, date_str, dstr_length, fmt, fmt_length, datetime) == -1)
           return done(QWZ_ERROR);
         ub4 valid = 0;
-        const sword status = qwz::nested_datetime_check(hndl, errhp, datetime, &valid);
+        const sword status = qwz::nested_datetime_check_checked(hndl, errhp, datetime, &valid);
         if (valid != 0)
           return done(
               datetime_error(errhp, KIND_INVALID_VALUE, DETAIL_DATE_FORMAT, 3).status);

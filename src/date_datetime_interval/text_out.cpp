@@ -553,7 +553,8 @@ QWZ_API sword QWZDateTimeToText(void *hndl, QWZError *errhp, const QWZDateTime *
         ub4 valid = 0;
         // A failing check call (its own trace refusing it) ends the call
         // with its status, through the exit trace.
-        if (const sword r = qwz::nested_datetime_check(hndl, errhp, date, &valid)) return done(r);
+        if (const sword r = qwz::nested_datetime_check_checked(hndl, errhp, date, &valid))
+          return done(r);
         if (valid != 0) return datetime_error(errhp, KIND_INVALID_VALUE, DETAIL_DATE_FORMAT, 3);
         // The format length is not lowered here: the shared entry cuts the
         // trimmed format at it.

@@ -165,6 +165,57 @@ TEST_P(TextPlanReadTest, DatesDatetimesAndZonesReadAsTheParserReadsThem) {
   EXPECT_GT(direct, 2000);
 }
 
+// Dates read as whole lanes of two digits (two-digit fields, a year of two
+// or four digits, fields left to their defaults), beside near misses that
+// are read field by field (runs of one or three digits, a sign, blanks):
+// every text twice, as the parser's record reads it.
+TEST_P(TextPlanReadTest, LaneShapedDatesReadAsTheParserReadsThem) {
+  const char *const formats[] = {
+      "YYYY-MM-DD HH24", "DD/MM/YYYY HH24", "YYYY", "MM/YYYY",
+      "YYYY-MM-DD", "HH24:MI:SS DD.MM.YYYY",     "YYYYMMDD",
+      "DD MM YYYY HH24 MI SS.FF3 TZH:TZM",       "MI:SS YYYY-MM",
+  };
+  const char *const shapes[] = {
+      "24-05-17", "17/05/24 10", "2024", "05/2024", "2024-05-17", "10:20:30 17.05.2024",
+      "20240517", "17 05 2024 10 20 30.123 +01:00", "20:30 2024-05", "4-5-17", "2024-5-17",
+      "024-05-17", "-2024-05-17", "24-05-1", " 2024 ", "99/99/99 99", "2024-05-17 ",
+  };
+  std::mt19937 rng(77);
+  int lanes = 0;
+  for (const char *format : formats) {
+    qwz_token *list = qwz_translate_format(format);
+    ASSERT_NE(list, nullptr) << format;
+    const std::size_t flen = std::strlen(format);
+    for (int i = 0; i < 400; ++i) {
+      const std::string text = with_digits(rng, shapes[rng() % (sizeof shapes / sizeof *shapes)]);
+      const Reference want = reference(text, list);
+      SCOPED_TRACE(std::string(format) + " / '" + text + "'");
+      for (int pass = 0; pass < 2; ++pass) {
+        SCOPED_TRACE(pass);
+        QWZDate d;
+        std::memset(&d, 0x5A, sizeof d);
+        const sword r = date_from_text(nullptr, U(text.c_str()), text.size(), U(format), flen, &d);
+        ASSERT_EQ(r, want.matched ? 1 : -1);
+        if (want.matched) expect_calendar_fields(d, want.values);
+
+        QWZDateTime dt;
+        std::memset(&dt, 0x5A, sizeof dt);
+        dt.hdr.type = DATETIME_KIND_TIMESTAMP_TZ;
+        const sword s =
+            datetime_from_text(nullptr, U(text.c_str()), text.size(), U(format), flen, &dt);
+        ASSERT_EQ(s, want.matched ? 1 : 0);
+        expect_calendar_fields(dt, want.values);
+        EXPECT_EQ(dt.fraction, want.values.fraction_ns);
+        EXPECT_EQ(dt.tz_hour, static_cast<sb1>(want.values.tz_hour));
+        EXPECT_EQ(dt.tz_minute, static_cast<sb1>(want.values.tz_minute));
+        if (pass == 1 && want.matched) ++lanes;
+      }
+    }
+    qwz_free_token_list(list);
+  }
+  EXPECT_GT(lanes, 1000);
+}
+
 INSTANTIATE_TEST_SUITE_P(Zones, TextPlanReadTest, ::testing::Values(kUtc, kCet),
                          [](const auto &info) { return info.index == 0 ? "Utc" : "Cet"; });
 
