@@ -333,16 +333,32 @@ struct WritePair {
   ub1 pos;
   ub1 value;  // index into the pair values
 };
+// The pairs can also be written as byte shuffles of 16-byte blocks of the
+// output, for a template of 15 characters or more: block k covers
+// [16k, 16k + 16) of the text and its NUL, the last one the 16 bytes that
+// end it. Each block takes its digits from the pair values' characters
+// (see write_blocks) and the rest from `holes`, the template with 0 where
+// the digits go.
+inline constexpr std::size_t kWriteBlocks = (kWritePlanMaxText + 1 + 15) / 16;
 struct WritePlan {
   ub1 state;  // 0: not built yet, 1: usable, 2: this format has none
   ub1 length;
   ub1 fields;
   ub1 pairs;
   ub1 others;  // fields written other than as pairs: a zone hour's sign, a fraction
+  ub1 blocks;  // 0: the pairs are written one by one
+  // With blocks: the width of the one fraction they also write (0: none,
+  // the fraction then goes through `other`), and where the one zone hour's
+  // sign goes (0xFF: none, or several through `other`).
+  ub1 block_fraction;
+  ub1 block_sign;
   char text[kWritePlanMaxText + 8];  // the template, NUL-terminated
   WriteField field[kWritePlanMaxFields];
   WritePair pair[2 * kWritePlanMaxFields];
   ub1 other[kWritePlanMaxFields];  // those fields' indices in `field`
+  alignas(16) ub1 from_low[kWriteBlocks][16];   // source byte, or 0x80 for none
+  alignas(16) ub1 from_high[kWriteBlocks][16];
+  alignas(16) char holes[kWriteBlocks * 16];
 };
 
 struct CompiledFormat {
@@ -395,7 +411,8 @@ inline bool same_long_bytes(const char *a, const char *b, std::size_t n) {
 }
 
 // compile_format, answering a repeat of the last format inline.
-inline const CompiledFormat *compile_format_fast(const char *format, std::size_t n) {
+[[gnu::always_inline]] inline const CompiledFormat *compile_format_fast(const char *format,
+                                                                       std::size_t n) {
   const LastFormat &last = t_last_format;
   if (last.length == n && n >= 8 && same_long_bytes(last.bytes, format, n)) return last.compiled;
   return compile_format(format, n);

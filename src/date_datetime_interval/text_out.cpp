@@ -26,6 +26,10 @@
 #include <cstdint>
 #include <cstring>
 
+#if defined(__x86_64__)
+#include <immintrin.h>
+#endif
+
 namespace {
 
 using qwz::date_error;
@@ -123,6 +127,59 @@ bool format_fields(char *out, std::size_t &out_len, const Tokens &tokens,
 // following format_fields token by token: a date's fields print as four
 // digits (year) and two (the rest), a datetime's zone hour as a sign and two
 // digits; a date's fraction is "0" and its zone fields are empty.
+// Where each pair value's two characters sit in the writer's sources (see
+// write_blocks): the low source holds month, day, hour and minute, then
+// the year's hundreds, the year's rest, second and zone hour; the high one
+// the zone minute, then the fraction's digits (up to five, as six). Indexed
+// as WritePair::value.
+constexpr ub1 kPairSource[qwz::kWritePairValues] = {8, 10, 0, 2, 4, 6, 12, 14, 16};
+constexpr ub1 kFractionSource = 18;
+
+// The plan's blocks (see WritePlan), for a text and NUL of 16 bytes or more.
+void build_blocks(qwz::WritePlan &plan) {
+  plan.blocks = 0;
+  const std::size_t n = plan.length + 1u;
+  if (n < 16) return;
+  const std::size_t blocks = (n + 15) / 16;
+  std::memset(plan.from_low, 0x80, sizeof plan.from_low);
+  std::memset(plan.from_high, 0x80, sizeof plan.from_high);
+  std::memset(plan.holes, 0, sizeof plan.holes);
+  std::memcpy(plan.holes, plan.text, n);
+  const auto take = [&](std::size_t at, std::size_t from) {
+    plan.holes[at] = 0;
+    for (std::size_t k = 0; k < blocks; ++k) {
+      const std::size_t start = k + 1 < blocks ? 16 * k : n - 16;
+      if (at < start || at >= start + 16) continue;
+      if (from < 16) plan.from_low[k][at - start] = static_cast<ub1>(from);
+      else plan.from_high[k][at - start] = static_cast<ub1>(from - 16);
+    }
+  };
+  for (std::size_t i = 0; i < plan.pairs; ++i) {
+    const qwz::WritePair &p = plan.pair[i];
+    take(p.pos, kPairSource[p.value]);
+    take(p.pos + 1u, kPairSource[p.value] + 1u);
+  }
+  // One fraction and one zone sign are written with the blocks; more of
+  // either leave all of them to the loop over `other`.
+  std::size_t fractions = 0, signs = 0;
+  const qwz::WriteField *fraction = nullptr, *sign = nullptr;
+  for (std::size_t i = 0; i < plan.others; ++i) {
+    const qwz::WriteField &f = plan.field[plan.other[i]];
+    if (f.source == qwz::WriteSource::fraction) ++fractions, fraction = &f;
+    else ++signs, sign = &f;
+  }
+  plan.block_fraction = 0;
+  plan.block_sign = 0xFF;
+  if (fractions <= 1 && signs <= 1 && (!fraction || fraction->width <= 5)) {
+    if (fraction) {
+      for (std::size_t j = 0; j < fraction->width; ++j) take(fraction->pos + j, kFractionSource + j);
+      plan.block_fraction = fraction->width;
+    }
+    if (sign) plan.block_sign = sign->pos;
+  }
+  plan.blocks = static_cast<ub1>(blocks);
+}
+
 void build_write_plan(const qwz::CompiledFormat &format, bool date, qwz::WritePlan &plan) {
   plan.state = 2;
   std::size_t len = 0, fields = 0;
@@ -201,6 +258,7 @@ void build_write_plan(const qwz::CompiledFormat &format, bool date, qwz::WritePl
       case qwz::WriteSource::fraction: plan.other[plan.others++] = static_cast<ub1>(i); break;
     }
   }
+  build_blocks(plan);
   plan.state = 1;
 }
 
@@ -257,14 +315,71 @@ inline void copy_template(char *out, const char *src, std::size_t n) {
   }
 }
 
-void write_through_plan(const qwz::WritePlan &plan, const WriteValues &w, char *out) {
-  copy_template(out, plan.text, plan.length + 1u);
-  const unsigned pair_value[qwz::kWritePairValues] = {w.v[0] / 100, w.v[0] % 100, w.v[1], w.v[2],
-                                                      w.v[3],       w.v[4],       w.v[5], w.v[6],
-                                                      w.v[7]};
-  for (std::size_t i = 0; i < plan.pairs; ++i) {
-    const qwz::WritePair &p = plan.pair[i];
-    std::memcpy(out + p.pos, qwz::kDigitPairs.text + 2 * pair_value[p.value], 2);
+// Four values of 0 to 99 in 16-bit lanes as their two characters each,
+// tens first: (v * 103) >> 10 is v / 10 for every such v, and no lane's
+// product reaches the next.
+inline std::uint64_t lane_characters(std::uint64_t v) {
+  const std::uint64_t tens = ((v * 103) >> 10) & 0x000F000F000F000Full;
+  return (tens | ((v - tens * 10) << 8)) + 0x3030303030303030ull;
+}
+
+#if defined(__x86_64__)
+// Whether the processor shuffles bytes (SSSE3), asked once.
+const bool kShuffles = (__builtin_cpu_init(), __builtin_cpu_supports("ssse3"));
+
+// The template and every pair, a block of 16 bytes at a time: each block
+// is its holes plus the pair characters its two shuffles pick.
+[[gnu::target("ssse3")]] void write_blocks(const qwz::WritePlan &plan, std::uint64_t low0,
+                                           std::uint64_t low1, std::uint64_t high, char *out) {
+  const __m128i low = _mm_set_epi64x(static_cast<long long>(low1), static_cast<long long>(low0));
+  const __m128i high_source = _mm_cvtsi64_si128(static_cast<long long>(high));
+  const std::size_t n = plan.length + 1u;
+  for (std::size_t k = 0; k < plan.blocks; ++k) {
+    const std::size_t at = k + 1u < plan.blocks ? 16 * k : n - 16;
+    const auto mask = [](const ub1 *m) {
+      return _mm_load_si128(reinterpret_cast<const __m128i *>(m));
+    };
+    const __m128i digits = _mm_or_si128(_mm_shuffle_epi8(low, mask(plan.from_low[k])),
+                                        _mm_shuffle_epi8(high_source, mask(plan.from_high[k])));
+    const __m128i rest = _mm_loadu_si128(reinterpret_cast<const __m128i *>(plan.holes + at));
+    _mm_storeu_si128(reinterpret_cast<__m128i *>(out + at), _mm_or_si128(digits, rest));
+  }
+}
+#endif
+
+inline void write_through_plan(const qwz::WritePlan &plan, const WriteValues &w, char *out) {
+#if defined(__x86_64__)
+  if (plan.blocks != 0 && kShuffles) {
+    const auto lanes = [](std::uint64_t a, std::uint64_t b, std::uint64_t c, std::uint64_t d) {
+      return lane_characters(a | b << 16 | c << 32 | d << 48);
+    };
+    std::uint64_t fraction = 0;
+    if (plan.block_fraction != 0) {
+      // The fraction's digits as the first of six: three more pairs.
+      static constexpr ub4 kToSix[6] = {0, 100000, 10000, 1000, 100, 10};
+      const ub4 six = fraction_digits(w.fraction_ns, plan.block_fraction) *
+                      kToSix[plan.block_fraction];
+      fraction = std::uint64_t{six / 10000} << 16 | std::uint64_t{six / 100 % 100} << 32 |
+                 std::uint64_t{six % 100} << 48;
+    }
+    write_blocks(plan, lanes(w.v[1], w.v[2], w.v[3], w.v[4]),
+                 lanes(w.v[0] / 100, w.v[0] % 100, w.v[5], w.v[6]),
+                 lane_characters(w.v[7] | fraction), out);
+    if (plan.block_fraction != 0 || plan.others == (plan.block_sign != 0xFF ? 1 : 0)) {
+      if (plan.block_sign != 0xFF) out[plan.block_sign] = w.tz_negative ? '-' : '+';
+      return;
+    }
+  } else
+#endif
+  {
+    const unsigned pair_value[qwz::kWritePairValues] = {w.v[0] / 100, w.v[0] % 100, w.v[1], w.v[2],
+                                                        w.v[3],       w.v[4],       w.v[5], w.v[6],
+                                                        w.v[7]};
+    copy_template(out, plan.text, plan.length + 1u);
+    for (std::size_t i = 0; i < plan.pairs; ++i) {
+      const qwz::WritePair &p = plan.pair[i];
+      std::memcpy(out + p.pos, qwz::kDigitPairs.text + 2 * pair_value[p.value], 2);
+    }
   }
   for (std::size_t i = 0; i < plan.others; ++i) {
     const qwz::WriteField &f = plan.field[plan.other[i]];
@@ -445,6 +560,54 @@ void packed_to_fields(const ub1 *p, datetime_fields &f) {
 
 }  // namespace qwz
 
+namespace qwz {
+
+// The general writer, for what the template writer leaves.
+[[gnu::noinline]] sword date_text_general(const QWZDate &date, const QWZtext *format,
+                                          std::size_t format_length, const ub4 *buffer_size,
+                                          QWZtext *buffer, sb4 *error_code) {
+  datetime_fields f;
+  date_to_fields(date, f);
+  return convert(f, format, format_length, buffer_size, buffer, error_code, true);
+}
+[[gnu::noinline]] sword datetime_text_general(const QWZDateTime &datetime, const QWZtext *format,
+                                              std::size_t format_length, const ub4 *buffer_size,
+                                              QWZtext *buffer, sb4 *error_code) {
+  datetime_fields f;
+  datetime_to_fields(datetime, f);
+  return convert(f, format, format_length, buffer_size, buffer, error_code, false);
+}
+
+// date_to_text and datetime_to_text, inline in the public calls.
+[[gnu::always_inline]] inline sword date_text(const QWZDate *date, const QWZtext *format,
+                                              std::size_t format_length, const ub4 *buffer_size,
+                                              QWZtext *buffer, sb4 *error_code) {
+  if (!date) return -1;
+  sword status = -1;
+  sb4 code = error_code ? *error_code : 0;
+  if (write_fast<false>(*date, nullptr, format, format_length, buffer, buffer_size, code, status)) {
+    if (error_code) *error_code = code;
+    return status;
+  }
+  return date_text_general(*date, format, format_length, buffer_size, buffer, error_code);
+}
+[[gnu::always_inline]] inline sword datetime_text(const QWZDateTime *datetime,
+                                                  const QWZtext *format, std::size_t format_length,
+                                                  const ub4 *buffer_size, QWZtext *buffer,
+                                                  sb4 *error_code) {
+  if (!datetime) return -1;
+  sword status = -1;
+  sb4 code = error_code ? *error_code : 0;
+  if (write_fast<true>(datetime_date(datetime), datetime, format, format_length, buffer,
+                       buffer_size, code, status)) {
+    if (error_code) *error_code = code;
+    return status;
+  }
+  return datetime_text_general(*datetime, format, format_length, buffer_size, buffer, error_code);
+}
+
+}  // namespace qwz
+
 extern "C" {
 
 int datetime_to_char(char *result, sword, const qwz_token *tokens, const datetime_fields *fields,
@@ -469,32 +632,13 @@ int qwz_datetime_to_char(const datetime_fields *fields, const QWZtext *format,
 
 sword date_to_text(const QWZDate *date, const QWZtext *format, std::size_t format_length, ub1,
                    const ub4 *buffer_size, QWZtext *buffer, sb4 *error_code) {
-  if (!date) return -1;
-  sword status = -1;
-  sb4 code = error_code ? *error_code : 0;
-  if (write_fast<false>(*date, nullptr, format, format_length, buffer, buffer_size, code, status)) {
-    if (error_code) *error_code = code;
-    return status;
-  }
-  datetime_fields f;
-  qwz::date_to_fields(*date, f);
-  return convert(f, format, format_length, buffer_size, buffer, error_code, true);
+  return qwz::date_text(date, format, format_length, buffer_size, buffer, error_code);
 }
 
 sword datetime_to_text(const QWZDateTime *datetime, const QWZtext *format,
                        std::size_t format_length, ub1, const ub4 *buffer_size, QWZtext *buffer,
                        sb4 *error_code) {
-  if (!datetime) return -1;
-  sword status = -1;
-  sb4 code = error_code ? *error_code : 0;
-  if (write_fast<true>(qwz::datetime_date(datetime), datetime, format, format_length, buffer,
-                 buffer_size, code, status)) {
-    if (error_code) *error_code = code;
-    return status;
-  }
-  datetime_fields f;
-  qwz::datetime_to_fields(*datetime, f);
-  return convert(f, format, format_length, buffer_size, buffer, error_code, false);
+  return qwz::datetime_text(datetime, format, format_length, buffer_size, buffer, error_code);
 }
 
 sword datetime180_to_text(const ub1 *packed, const QWZtext *format, std::size_t format_length,
@@ -523,7 +667,7 @@ QWZ_API sword QWZDateToText(QWZError *errhp, const QWZDate *date, const QWZtext 
         if (qwz::date_flags(*date) != 0)
           return date_error(errhp, KIND_DATE_FORMAT, DETAIL_NONE, PARAM_NONE);
         sb4 code = 0;
-        if (date_to_text(date, fmt, fmt_length, 0, buf_size, buf, &code) != 0) {
+        if (qwz::date_text(date, fmt, fmt_length, buf_size, buf, &code) != 0) {
           const sb4 kind = code == qwz::kBufferTooSmallCode ? KIND_BUF_TOO_SMALL
                            : code == qwz::kFormatFaultCode  ? KIND_FORMAT_STRING
                                                             : KIND_FORMAT_OR_DATE;
@@ -559,7 +703,7 @@ QWZ_API sword QWZDateTimeToText(void *hndl, QWZError *errhp, const QWZDateTime *
         // The format length is not lowered here: the shared entry cuts the
         // trimmed format at it.
         sb4 code = 0;
-        const sword status = datetime_to_text(date, fmt, fmt_length, fsprec, buf_size, buf, &code);
+        const sword status = qwz::datetime_text(date, fmt, fmt_length, buf_size, buf, &code);
         // The date family's setter, deliberately; other failures record nothing.
         if (status != 0 && code == qwz::kBufferTooSmallCode)
           _QWZSetDateErrorMsg(ERRSRC_DRIVER, KIND_BUF_TOO_SMALL, DETAIL_NONE, PARAM_NONE, errhp, "");

@@ -357,4 +357,61 @@ TEST(TextPlanWrite, DatesAndDatetimesWriteAsTheGeneralFormatterWrites) {
   EXPECT_GT(fast, 10000);
 }
 
+// Templates long enough to be written a block at a time, with fractions of
+// every width, zone fields in any order, and two fractions or two zone
+// hours (which leave those fields to the field-by-field writer).
+TEST(TextPlanWrite, LongTemplatesWriteAsTheGeneralFormatterWrites) {
+  setenv("TZ", kUtc, 1);
+  tzset();
+  const char *const formats[] = {
+      "YYYY-MM-DD HH24:MI:SS.FF1",         "YYYY-MM-DD HH24:MI:SS.FF2",
+      "YYYY-MM-DD HH24:MI:SS.FF4 TZH",     "TZH:TZM YYYY-MM-DD HH24:MI:SS.FF5",
+      "FF3 DD.MM.YYYY HH24:MI:SS",         "YYYY-MM-DD HH24:MI:SS.FF3 FF2",
+      "TZH DD.MM.YYYY HH24:MI TZH:TZM",    "SS.FF5 SS.FF1 MI:HH24 DD/MM/YYYY",
+      "YYYYMMDDHH24MISSFF3TZHTZM",         "MM/DD/YYYY HH12:MI:SS.FF3 TZM:TZH",
+      "YYYY-MM-DD HH24:MI:SS.FF5 TZH:TZM YYYY-MM-DD HH24:MI:SS.FF5 TZH:TZM",
+  };
+  std::mt19937 rng(7);
+  int fast = 0;
+  for (const char *format : formats) {
+    SCOPED_TRACE(format);
+    for (int i = 0; i < 400; ++i) {
+      QWZDateTime dt;
+      std::memset(&dt, 0, sizeof dt);
+      dt.hdr.type = DATETIME_KIND_TIMESTAMP_TZ;
+      dt.year = static_cast<sb2>(i % 9 == 0 ? 10000 : static_cast<long>(rng() % 10000));
+      dt.month = static_cast<ub2>(1 + rng() % 12);
+      dt.day = static_cast<ub2>(i % 10 == 0 ? 99 : 1 + rng() % 31);
+      dt.hour = static_cast<ub2>(rng() % 24);
+      dt.minute = static_cast<ub2>(rng() % 60);
+      dt.second = static_cast<ub2>(rng() % 60);
+      const ub4 fractions[] = {0, 7, 45, 120, 4500, 99999, 100000, 987654321, 4294967295u};
+      dt.fraction = i % 2 ? fractions[rng() % 9] : static_cast<ub4>(rng());
+      dt.tz_hour = static_cast<sb1>(static_cast<long>(rng() % 29) - 14);
+      dt.tz_minute = static_cast<sb1>(static_cast<long>(rng() % 119) - 59);
+      datetime_fields f;
+      qwz::datetime_to_fields(dt, f);
+      int ok = 0;
+      sb4 code = 0;
+      const std::string roomy = general_text(f, format, 200, false, ok, code);
+      const std::size_t len = ok ? std::strlen(roomy.c_str()) : 20;
+      for (const ub4 size : {static_cast<ub4>(len - 1), static_cast<ub4>(len), 200u}) {
+        int want_ok = 0;
+        sb4 want_code = 0;
+        const std::string want = general_text(f, format, size, false, want_ok, want_code);
+        std::vector<char> out(size + 2, '#');
+        ub4 got_size = size;
+        sb4 got_code = 0;
+        const sword r = datetime_to_text(&dt, U(format), std::strlen(format), 0, &got_size,
+                                         reinterpret_cast<QWZtext *>(out.data()), &got_code);
+        ASSERT_EQ(r, want_ok ? 0 : -1) << "size " << size << " i " << i;
+        EXPECT_EQ(got_code, want_code) << "size " << size;
+        EXPECT_EQ(std::string(out.data(), out.size()), want) << "size " << size << " i " << i;
+        fast += r == 0;
+      }
+    }
+  }
+  EXPECT_GT(fast, 4000);
+}
+
 }  // namespace
