@@ -139,7 +139,7 @@ constexpr ub1 kFractionSource = 18;
 void build_blocks(qwz::WritePlan &plan) {
   plan.blocks = 0;
   const std::size_t n = plan.length + 1u;
-  if (n < 16) return;
+  if (n < 16 || n > sizeof plan.holes) return;
   const std::size_t blocks = (n + 15) / 16;
   std::memset(plan.from_low, 0x80, sizeof plan.from_low);
   std::memset(plan.from_high, 0x80, sizeof plan.from_high);
