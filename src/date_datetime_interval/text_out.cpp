@@ -347,7 +347,7 @@ const bool kShuffles = (__builtin_cpu_init(), __builtin_cpu_supports("ssse3"));
 }
 #endif
 
-inline void write_through_plan(const qwz::WritePlan &plan, const WriteValues &w, char *out) {
+[[gnu::always_inline]] inline void write_through_plan(const qwz::WritePlan &plan, const WriteValues &w, char *out) {
 #if defined(__x86_64__)
   if (plan.blocks != 0 && kShuffles) {
     const auto lanes = [](std::uint64_t a, std::uint64_t b, std::uint64_t c, std::uint64_t d) {
