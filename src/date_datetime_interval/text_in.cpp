@@ -731,8 +731,12 @@ bool text_to_values(const QWZText *text, std::size_t text_length, const QWZText 
   return values_through_record(t, *tokens, values, calendar_defaults);
 }
 
-bool text_to_date(const QWZText *text, std::size_t text_length, const QWZText *format,
-                  std::size_t format_length, QWZDate &date, sb4 &error_code) {
+namespace {
+
+// text_to_date's work, inline where the public call reads a date.
+[[gnu::always_inline]] inline bool read_date(const QWZText *text, std::size_t text_length,
+                                             const QWZText *format, std::size_t format_length,
+                                             QWZDate &date, sb4 &error_code) {
   TrimmedText t{};
   const CompiledFormat *tokens =
       prepare(text, text_length, format, format_length, t, error_code);
@@ -745,6 +749,55 @@ bool text_to_date(const QWZText *text, std::size_t text_length, const QWZText *f
   if (!values_through_record(t, *tokens, v, true)) return false;
   values_to_date(v, &date);
   return true;
+}
+
+}  // namespace
+
+bool text_to_date(const QWZText *text, std::size_t text_length, const QWZText *format,
+                  std::size_t format_length, QWZDate &date, sb4 &error_code) {
+  return read_date(text, text_length, format, format_length, date, error_code);
+}
+
+// date_from_text's work, inline in the public call.
+[[gnu::always_inline]] inline sword date_in(QWZError *errhp, const QWZText *text,
+                                            std::size_t text_length, const QWZText *format,
+                                            std::size_t format_length, QWZDate *date) {
+  if (!date) return -1;
+  sb4 code = 0;
+  if (!read_date(text, text_length, format, format_length, *date, code)) {
+    if (code == kFormatFaultCode) report_format_fault(errhp);
+    return -1;
+  }
+  return 1;
+}
+
+int datetime_through_plan(const QWZText *text, std::size_t text_length, const QWZText *format,
+                          std::size_t format_length, QWZDateTime &datetime) {
+  TrimmedText t{};
+  sb4 code = 0;
+  const CompiledFormat *tokens = prepare(text, text_length, format, format_length, t, code);
+  if (!tokens) return 0;
+  const ParsePlan *plan = value_plan(t.begin, t.length, *tokens, true);
+  if (!plan) return 0;
+  if (plan->tz_given && !datetime_has_zone(datetime.hdr.type)) return -1;
+  const auto *u = reinterpret_cast<const unsigned char *>(t.begin);
+  ub4 v[kValueFields];
+  std::memcpy(v, plan->constant, sizeof v);
+  QWZDate d;
+  if (std::endian::native == std::endian::little && plan->lanes.usable) {
+    date_from_lanes(plan->lanes, u, d);
+    add_pairs(*plan, plan->date_pairs, plan->pairs, u, v);
+  } else {
+    add_pairs(*plan, 0, plan->pairs, u, v);
+    d = QWZDate{static_cast<sb2>(v[kValueYear]),   static_cast<ub2>(v[kValueMonth]),
+                static_cast<ub2>(v[kValueDay]),    static_cast<ub2>(v[kValueHour]),
+                static_cast<ub2>(v[kValueMinute]), static_cast<ub2>(v[kValueSecond])};
+  }
+  set_datetime_date(&datetime, d);
+  datetime.fraction = v[kValueFraction];
+  datetime.tz_hour = static_cast<sb1>(v[kValueTzHour]);
+  datetime.tz_minute = static_cast<sb1>(v[kValueTzMinute]);
+  return 1;
 }
 
 }  // namespace qwz
@@ -770,19 +823,20 @@ int qwz_char_to_datetime(const QWZText *text, std::size_t text_length, const QWZ
 
 sword date_from_text(QWZError *errhp, const QWZText *text, std::size_t text_length,
                      const QWZText *format, std::size_t format_length, QWZDate *date) {
-  if (!date) return -1;
-  sb4 code = 0;
-  if (!qwz::text_to_date(text, text_length, format, format_length, *date, code)) {
-    if (code == qwz::kFormatFaultCode) report_format_fault(errhp);
-    return -1;
-  }
-  return 1;
+  return qwz::date_in(errhp, text, text_length, format, format_length, date);
 }
 
 sword datetime_from_text(QWZError *errhp, const QWZText *text, std::size_t text_length,
                          const QWZText *format, std::size_t format_length,
                          QWZDateTime *datetime) {
   if (!datetime) return -1;
+  switch (qwz::datetime_through_plan(text, text_length, format, format_length, *datetime)) {
+    case 1: return 1;
+    case -1:
+      _QWZSetFrontEndErrorHandle(errhp, kDateFormatNotRecognizedText, kDateFormatNotRecognized);
+      return -1;
+    default: break;
+  }
   qwz::FieldValues v;
   sb4 code = 0;
   const bool ok = qwz::text_to_values(text, text_length, format, format_length, v, code, true);
@@ -837,7 +891,7 @@ QWZ_API sword QWZDateFromText(QWZError *errhp, const QWZtext *date_str, ub4 d_st
         if (!fmt) return date_error(errhp, KIND_NULL_PARAM, kDateInputPtr, 4);
         if (fmt_length == 0) return date_error(errhp, KIND_FORMAT_STRING, DETAIL_NONE, PARAM_NONE);
         if (d_str_length == 0) return date_error(errhp, KIND_DATE_FORMAT, DETAIL_NONE, PARAM_NONE);
-        if (date_from_text(errhp, date_str, d_str_length, fmt, fmt_length, date) == -1)
+        if (qwz::date_in(errhp, date_str, d_str_length, fmt, fmt_length, date) == -1)
           return done(QWZ_ERROR);
         if (qwz::date_flags(*date) != 0)
           return done(date_error(errhp, KIND_DATE_FORMAT, DETAIL_NONE, PARAM_NONE).status);

@@ -77,6 +77,14 @@ bool text_to_values(const QWZText *text, std::size_t text_length, const QWZText 
 bool text_to_date(const QWZText *text, std::size_t text_length, const QWZText *format,
                   std::size_t format_length, QWZDate &date, sb4 &error_code);
 
+// A datetime's reading through a recorded plan only, straight into the
+// descriptor: 1 when the text had a usable plan (the fields written, as
+// datetime_from_text writes them), -1 when such a text gives a zone and the
+// descriptor has none (nothing written), 0 when there was no plan (nothing
+// written: the caller reads the text the general way).
+int datetime_through_plan(const QWZText *text, std::size_t text_length, const QWZText *format,
+                          std::size_t format_length, QWZDateTime &datetime);
+
 // The shared entry behind the converters. With calendar_defaults false a
 // missing year or month is left empty instead of being taken from the
 // clock (for callers that read neither).
