@@ -328,6 +328,12 @@ namespace {
 
 constinit thread_local LastFormat t_last_format{0, nullptr, nullptr};
 
+#if defined(__x86_64__)
+const bool kByteShuffles = (__builtin_cpu_init(), __builtin_cpu_supports("ssse3"));
+#else
+const bool kByteShuffles = false;
+#endif
+
 namespace {
 
 // Remembers the entry that answered, for compile_format_fast. An entry

@@ -294,6 +294,22 @@ struct DateLanes {
   std::uint64_t keep[2];
   std::uint64_t constant[2];
 };
+// The shape test and DateLanes for a text of 16 to 32 characters, as byte
+// operations on two 16-byte blocks: the text's first 16 bytes and the 16
+// that end it. The masks are ShapeWord's, per byte; `from` picks each
+// lane's two characters out of the blocks (0x80: none).
+inline constexpr std::size_t kBlockTextMin = 16, kBlockTextMax = 32;
+struct BlockPlan {
+  ub1 shape;  // the shape masks are built
+  ub1 lanes;  // and so are the lanes (DateLanes usable)
+  alignas(16) ub1 mask[2][16];
+  alignas(16) ub1 value[2][16];
+  alignas(16) ub1 carry[2][16];
+  alignas(16) ub1 over[2][16];
+  alignas(16) ub1 from[2][16];
+  alignas(16) ub2 keep[8];
+  alignas(16) ub2 constant[8];
+};
 struct ParsePlan {
   ub1 valid;
   ub1 length;
@@ -312,6 +328,7 @@ struct ParsePlan {
   PlanValue value[kValueFields];
   PlanPair pair[kPlanMaxPairs];
   DateLanes lanes;
+  BlockPlan blocks;
 };
 
 // A compiled writer for values whose fields all print at their usual
@@ -391,6 +408,10 @@ struct LastFormat {
   const CompiledFormat *compiled;
 };
 [[gnu::tls_model("initial-exec")]] extern constinit thread_local LastFormat t_last_format;
+
+// Whether the processor shuffles bytes (x86-64 with SSSE3), asked once at
+// load: the text paths' block forms need it.
+extern const bool kByteShuffles;
 
 // Whether a[0, n) equals b[0, n) for n >= 8: eight bytes at a time, the
 // last word overlapping the one before.

@@ -30,6 +30,10 @@
 #include <cstring>
 #include <ctime>
 
+#if defined(__x86_64__)
+#include <immintrin.h>
+#endif
+
 namespace {
 
 using qwz::date_error;
@@ -247,7 +251,30 @@ inline std::uint64_t shape_word_at(const unsigned char *t, std::size_t n, std::s
   return text_word(t, n, 0);
 }
 
+// The plan's BlockPlan shape masks, for a text of 16 to 32 characters.
+void build_block_shape(qwz::BlockPlan &b, const unsigned char *t, std::size_t n) {
+  b = {};
+  if (n < qwz::kBlockTextMin || n > qwz::kBlockTextMax) return;
+  for (std::size_t k = 0; k < 2; ++k) {
+    const unsigned char *block = t + (k == 0 ? 0 : n - 16);
+    for (std::size_t j = 0; j < 16; ++j) {
+      const unsigned char c = block[j];
+      if (is_digit(c)) {
+        b.mask[k][j] = 0xF0;
+        b.value[k][j] = 0x30;
+        b.carry[k][j] = 0x06;
+        b.over[k][j] = 0x40;
+      } else {
+        b.mask[k][j] = 0xFF;
+        b.value[k][j] = c;
+      }
+    }
+  }
+  b.shape = 1;
+}
+
 void build_shape(qwz::ParsePlan &plan, const unsigned char *t, std::size_t n) {
+  build_block_shape(plan.blocks, t, n);
   std::memset(plan.shape, 0, sizeof plan.shape);
   for (std::size_t w = 0; w * 8 < n; ++w) {
     const std::uint64_t shape = shape_word(shape_word_at(t, n, w));
@@ -367,6 +394,23 @@ void record_lanes(qwz::ParsePlan &plan) {
     }
   }
   l.usable = 1;
+  // The same lanes out of the two blocks, when the plan has them.
+  qwz::BlockPlan &b = plan.blocks;
+  if (!b.shape) return;
+  const std::size_t n = plan.length;
+  std::memset(b.from, 0x80, sizeof b.from);
+  for (std::size_t lane = 0; lane < 8; ++lane) {
+    const std::size_t word = lane / 4, shift = 16 * (lane % 4);
+    b.keep[lane] = static_cast<ub2>(l.keep[word] >> shift);
+    b.constant[lane] = static_cast<ub2>(l.constant[word] >> shift);
+    if (b.keep[lane] == 0) continue;
+    for (std::size_t j = 0; j < 2; ++j) {
+      const std::size_t at = l.pos[lane] + j;
+      if (at < 16) b.from[0][2 * lane + j] = static_cast<ub1>(at);
+      else b.from[1][2 * lane + j] = static_cast<ub1>(at - (n - 16));
+    }
+  }
+  b.lanes = 1;
 }
 
 // Works out, from a recorded parse of text t, what each value field will
@@ -483,6 +527,48 @@ inline void date_from_lanes(const qwz::DateLanes &l, const unsigned char *t, QWZ
   date.year = static_cast<sb2>((high & 0xFFFF) * 100 + ((high >> 16) & 0xFFFF));
   date.second = static_cast<ub2>(high >> 32);
 }
+
+#if defined(__x86_64__)
+// For a text of 16 to 32 characters on a processor that shuffles bytes:
+// the plan value_plan would give (the first whose shape the text has,
+// usable for a date) when its date fields come through BlockPlan's lanes,
+// with those fields read into `date`; NULL leaves the text to the other
+// paths, which then find the same plan or none.
+[[gnu::target("ssse3")]] const qwz::ParsePlan *date_through_blocks(
+    const qwz::CompiledFormat &format, const unsigned char *t, std::size_t n, QWZDate &date) {
+  const auto load = [](const void *p) { return _mm_loadu_si128(static_cast<const __m128i *>(p)); };
+  const auto at = [](const ub1 *p) {
+    return _mm_load_si128(reinterpret_cast<const __m128i *>(p));
+  };
+  const __m128i block[2] = {load(t), load(t + n - 16)};
+  for (const qwz::ParsePlan *plan : {&format.plan[0], &format.plan[1]}) {
+    if (!plan->valid || plan->length != n) continue;
+    const qwz::BlockPlan &b = plan->blocks;
+    __m128i bad = _mm_setzero_si128();
+    for (std::size_t k = 0; k < 2; ++k) {
+      const __m128i x = block[k];
+      bad = _mm_or_si128(bad, _mm_xor_si128(_mm_and_si128(x, at(b.mask[k])), at(b.value[k])));
+      bad = _mm_or_si128(bad, _mm_and_si128(_mm_add_epi8(x, at(b.carry[k])), at(b.over[k])));
+    }
+    if (_mm_movemask_epi8(_mm_cmpeq_epi8(bad, _mm_setzero_si128())) != 0xFFFF) continue;
+    if (!plan->values_valid || plan->clock_needed || !b.lanes) return nullptr;
+    // Each lane's two characters, their digits, then 10 * first + second.
+    const __m128i chars = _mm_or_si128(_mm_shuffle_epi8(block[0], at(b.from[0])),
+                                       _mm_shuffle_epi8(block[1], at(b.from[1])));
+    const __m128i digits = _mm_and_si128(chars, _mm_set1_epi8(0x0F));
+    __m128i v = _mm_maddubs_epi16(digits, _mm_set1_epi16(0x010A));
+    v = _mm_add_epi16(_mm_and_si128(v, at(reinterpret_cast<const ub1 *>(b.keep))),
+                      at(reinterpret_cast<const ub1 *>(b.constant)));
+    const auto low = static_cast<std::uint64_t>(_mm_cvtsi128_si64(v));
+    const auto high = static_cast<std::uint64_t>(_mm_cvtsi128_si64(_mm_unpackhi_epi64(v, v)));
+    std::memcpy(reinterpret_cast<unsigned char *>(&date) + offsetof(QWZDate, month), &low, 8);
+    date.year = static_cast<sb2>((high & 0xFFFF) * 100 + ((high >> 16) & 0xFFFF));
+    date.second = static_cast<ub2>(high >> 32);
+    return plan;
+  }
+  return nullptr;
+}
+#endif
 
 // The numbers of a recorded parse, on a text of the same shape.
 void replay_values(const qwz::ParsePlan &plan, const unsigned char *t, qwz::FieldValues &out) {
@@ -741,6 +827,12 @@ namespace {
   const CompiledFormat *tokens =
       prepare(text, text_length, format, format_length, t, error_code);
   if (!tokens) return false;
+#if defined(__x86_64__)
+  if (kByteShuffles && t.length >= kBlockTextMin && t.length <= kBlockTextMax &&
+      date_through_blocks(*tokens, reinterpret_cast<const unsigned char *>(t.begin), t.length,
+                          date))
+    return true;
+#endif
   if (const ParsePlan *plan = value_plan(t.begin, t.length, *tokens, true)) {
     replay_date(*plan, reinterpret_cast<const unsigned char *>(t.begin), date);
     return true;
@@ -777,14 +869,24 @@ int datetime_through_plan(const QWZText *text, std::size_t text_length, const QW
   sb4 code = 0;
   const CompiledFormat *tokens = prepare(text, text_length, format, format_length, t, code);
   if (!tokens) return 0;
-  const ParsePlan *plan = value_plan(t.begin, t.length, *tokens, true);
+  const auto *u = reinterpret_cast<const unsigned char *>(t.begin);
+  QWZDate d;
+  const ParsePlan *plan = nullptr;
+  bool date_read = false;
+#if defined(__x86_64__)
+  if (kByteShuffles && t.length >= kBlockTextMin && t.length <= kBlockTextMax) {
+    plan = date_through_blocks(*tokens, u, t.length, d);
+    date_read = plan != nullptr;
+  }
+#endif
+  if (!plan) plan = value_plan(t.begin, t.length, *tokens, true);
   if (!plan) return 0;
   if (plan->tz_given && !datetime_has_zone(datetime.hdr.type)) return -1;
-  const auto *u = reinterpret_cast<const unsigned char *>(t.begin);
   ub4 v[kValueFields];
   std::memcpy(v, plan->constant, sizeof v);
-  QWZDate d;
-  if (std::endian::native == std::endian::little && plan->lanes.usable) {
+  if (date_read) {
+    add_pairs(*plan, plan->date_pairs, plan->pairs, u, v);
+  } else if (std::endian::native == std::endian::little && plan->lanes.usable) {
     date_from_lanes(plan->lanes, u, d);
     add_pairs(*plan, plan->date_pairs, plan->pairs, u, v);
   } else {

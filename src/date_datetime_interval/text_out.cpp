@@ -324,9 +324,6 @@ inline std::uint64_t lane_characters(std::uint64_t v) {
 }
 
 #if defined(__x86_64__)
-// Whether the processor shuffles bytes (SSSE3), asked once.
-const bool kShuffles = (__builtin_cpu_init(), __builtin_cpu_supports("ssse3"));
-
 // The template and every pair, a block of 16 bytes at a time: each block
 // is its holes plus the pair characters its two shuffles pick.
 [[gnu::target("ssse3")]] void write_blocks(const qwz::WritePlan &plan, std::uint64_t low0,
@@ -349,7 +346,7 @@ const bool kShuffles = (__builtin_cpu_init(), __builtin_cpu_supports("ssse3"));
 
 [[gnu::always_inline]] inline void write_through_plan(const qwz::WritePlan &plan, const WriteValues &w, char *out) {
 #if defined(__x86_64__)
-  if (plan.blocks != 0 && kShuffles) {
+  if (plan.blocks != 0 && qwz::kByteShuffles) {
     const auto lanes = [](std::uint64_t a, std::uint64_t b, std::uint64_t c, std::uint64_t d) {
       return lane_characters(a | b << 16 | c << 32 | d << 48);
     };
