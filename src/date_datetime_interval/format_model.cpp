@@ -326,7 +326,7 @@ namespace {
 
 }  // namespace
 
-constinit thread_local LastFormat t_last_format{0, nullptr, nullptr};
+constinit thread_local LastFormat t_last_format[2] = {{0, nullptr, nullptr}, {0, nullptr, nullptr}};
 
 #if defined(__x86_64__)
 const bool kByteShuffles = (__builtin_cpu_init(), __builtin_cpu_supports("ssse3"));
@@ -336,10 +336,14 @@ const bool kByteShuffles = false;
 
 namespace {
 
-// Remembers the entry that answered, for compile_format_fast. An entry
-// refilled later is remembered again by the call that refills it.
+// Remembers the entry that answered first, for compile_format_fast, and the
+// one remembered first before it second (unless it is the same). An entry
+// refilled later is remembered again, with its new length, by the call that
+// refills it, so no slot keeps an entry's old length.
 const CompiledFormat *answer(const CacheEntry &e) {
-  t_last_format = {e.length, e.format, &e.compiled};
+  LastFormat *last = t_last_format;
+  if (last[0].compiled != &e.compiled) last[1] = last[0];
+  last[0] = {e.length, e.format, &e.compiled};
   return &e.compiled;
 }
 

@@ -398,16 +398,17 @@ struct CompiledFormat {
 // result stays valid until the calling thread's next call.
 const CompiledFormat *compile_format(const char *format, std::size_t n);
 
-// The format the calling thread's cache answered last, asked before the
-// cache itself. A few words per thread in the initial-exec TLS model, so the
-// question costs no call into the dynamic loader when the library is a
+// The two formats the calling thread's cache answered last (the latest
+// first), asked before the cache itself: a reader and a writer taking turns
+// both stay here. A few words per thread in the initial-exec TLS model, so
+// the question costs no call into the dynamic loader when the library is a
 // shared object.
 struct LastFormat {
   std::size_t length;  // 0: none yet
   const char *bytes;
   const CompiledFormat *compiled;
 };
-[[gnu::tls_model("initial-exec")]] extern constinit thread_local LastFormat t_last_format;
+[[gnu::tls_model("initial-exec")]] extern constinit thread_local LastFormat t_last_format[2];
 
 // Whether the processor shuffles bytes (x86-64 with SSSE3), asked once at
 // load: the text paths' block forms need it.
@@ -431,11 +432,14 @@ inline bool same_long_bytes(const char *a, const char *b, std::size_t n) {
   return (diff | differ(n - 8)) == 0;
 }
 
-// compile_format, answering a repeat of the last format inline.
+// compile_format, answering a repeat of one of the last two formats inline.
 [[gnu::always_inline]] inline const CompiledFormat *compile_format_fast(const char *format,
                                                                        std::size_t n) {
-  const LastFormat &last = t_last_format;
-  if (last.length == n && n >= 8 && same_long_bytes(last.bytes, format, n)) return last.compiled;
+  const LastFormat *last = t_last_format;
+  if (n >= 8) {
+    if (last[0].length == n && same_long_bytes(last[0].bytes, format, n)) return last[0].compiled;
+    if (last[1].length == n && same_long_bytes(last[1].bytes, format, n)) return last[1].compiled;
+  }
   return compile_format(format, n);
 }
 

@@ -277,6 +277,50 @@ TEST(TextPlanFormats, FormatsOfOneLengthTakingTurnsEachReadAndWriteTheirOwnWay) 
   }
 }
 
+// Reads and writes under more formats than the per-thread cache holds, of
+// several lengths, in a shuffled order: each answer is its own format's,
+// whichever two formats were asked last and whichever cache entries were
+// refilled in between.
+TEST(TextPlanFormats, ManyFormatsTakingTurnsEachReadAndWriteTheirOwnWay) {
+  setenv("TZ", kUtc, 1);
+  tzset();
+  struct Case {
+    const char *format;
+    const char *text;
+    QWZDate read;
+  };
+  const Case cases[] = {
+      {"YYYY-MM-DD", "2024-05-17", {2024, 5, 17, 0, 0, 0}},
+      {"DD.MM.YYYY HH24:MI", "17.05.2024 10:20", {2024, 5, 17, 10, 20, 0}},
+      {"YYYY/MM/DD HH24:MI:SS", "2024/05/17 10:20:30", {2024, 5, 17, 10, 20, 30}},
+      {"MM-DD-YYYY", "05-17-2024", {2024, 5, 17, 0, 0, 0}},
+      {"MI:HH24 DD.MM.YYYY", "20:10 17.05.2024", {2024, 5, 17, 10, 20, 0}},
+      {"DD/MM/YYYY", "17/05/2024", {2024, 5, 17, 0, 0, 0}},
+      {"YYYYMMDDHH24MISS", "20240517102030", {2024, 5, 17, 10, 20, 30}},
+  };
+  const QWZDate value{2024, 5, 17, 10, 20, 30};
+  std::mt19937 rng(5);
+  for (int step = 0; step < 600; ++step) {
+    const Case &c = cases[rng() % (sizeof cases / sizeof *cases)];
+    SCOPED_TRACE(std::string(c.format) + " step " + std::to_string(step));
+    const std::size_t flen = std::strlen(c.format);
+    if (rng() % 2) {
+      QWZDate got;
+      std::memset(&got, 0x5A, sizeof got);
+      ASSERT_EQ(date_from_text(nullptr, U(c.text), std::strlen(c.text), U(c.format), flen, &got),
+                1);
+      EXPECT_EQ(got, c.read);
+    } else {
+      QWZtext out[32];
+      std::memset(out, '#', sizeof out);
+      ub4 size = sizeof out - 1;
+      sb4 code = 0;
+      ASSERT_EQ(date_to_text(&value, U(c.format), flen, 0, &size, out, &code), 0);
+      EXPECT_STREQ(reinterpret_cast<const char *>(out), c.text);
+    }
+  }
+}
+
 // ---- writing ------------------------------------------------------------
 
 const char *const kWriteFormats[] = {
