@@ -350,10 +350,10 @@ struct WritePair {
   ub1 pos;
   ub1 value;  // index into the pair values
 };
-// The pairs can also be written as byte shuffles of 16-byte blocks of the
-// output, for a template of 15 characters or more: block k covers
-// [16k, 16k + 16) of the text and its NUL, the last one the 16 bytes that
-// end it. Each block takes its digits from the pair values' characters
+// The pairs can also be written as byte shuffles of blocks of the output:
+// of 16 bytes for a template of 15 characters or more, else of 8 bytes for
+// one of 7 or more. Block k covers [size * k, size * (k + 1)) of the text
+// and its NUL, the last one the `size` bytes that end it. Each block takes its digits from the pair values' characters
 // (see write_blocks) and the rest from `holes`, the template with 0 where
 // the digits go.
 inline constexpr std::size_t kWriteBlocks = (kWritePlanMaxText + 1 + 15) / 16;
@@ -364,6 +364,7 @@ struct WritePlan {
   ub1 pairs;
   ub1 others;  // fields written other than as pairs: a zone hour's sign, a fraction
   ub1 blocks;  // 0: the pairs are written one by one
+  ub1 block_size;  // 16 or 8
   // With blocks: the width of the one fraction they also write (0: none,
   // the fraction then goes through `other`), and where the one zone hour's
   // sign goes (0xFF: none, or several through `other`).

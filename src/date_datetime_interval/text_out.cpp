@@ -139,8 +139,9 @@ constexpr ub1 kFractionSource = 18;
 void build_blocks(qwz::WritePlan &plan) {
   plan.blocks = 0;
   const std::size_t n = plan.length + 1u;
-  if (n < 16 || n > sizeof plan.holes) return;
-  const std::size_t blocks = (n + 15) / 16;
+  if (n < 8 || n > sizeof plan.holes) return;
+  const std::size_t size = n >= 16 ? 16 : 8;
+  const std::size_t blocks = (n + size - 1) / size;
   std::memset(plan.from_low, 0x80, sizeof plan.from_low);
   std::memset(plan.from_high, 0x80, sizeof plan.from_high);
   std::memset(plan.holes, 0, sizeof plan.holes);
@@ -148,8 +149,8 @@ void build_blocks(qwz::WritePlan &plan) {
   const auto take = [&](std::size_t at, std::size_t from) {
     plan.holes[at] = 0;
     for (std::size_t k = 0; k < blocks; ++k) {
-      const std::size_t start = k + 1 < blocks ? 16 * k : n - 16;
-      if (at < start || at >= start + 16) continue;
+      const std::size_t start = k + 1 < blocks ? size * k : n - size;
+      if (at < start || at >= start + size) continue;
       if (from < 16) plan.from_low[k][at - start] = static_cast<ub1>(from);
       else plan.from_high[k][at - start] = static_cast<ub1>(from - 16);
     }
@@ -177,6 +178,7 @@ void build_blocks(qwz::WritePlan &plan) {
     }
     if (sign) plan.block_sign = sign->pos;
   }
+  plan.block_size = static_cast<ub1>(size);
   plan.blocks = static_cast<ub1>(blocks);
 }
 
@@ -324,22 +326,25 @@ inline std::uint64_t lane_characters(std::uint64_t v) {
 }
 
 #if defined(__x86_64__)
-// The template and every pair, a block of 16 bytes at a time: each block
+// The template and every pair, a block (of 16 or 8 bytes) at a time: each block
 // is its holes plus the pair characters its two shuffles pick.
 [[gnu::target("ssse3")]] void write_blocks(const qwz::WritePlan &plan, std::uint64_t low0,
                                            std::uint64_t low1, std::uint64_t high, char *out) {
   const __m128i low = _mm_set_epi64x(static_cast<long long>(low1), static_cast<long long>(low0));
   const __m128i high_source = _mm_cvtsi64_si128(static_cast<long long>(high));
   const std::size_t n = plan.length + 1u;
+  const std::size_t size = plan.block_size;
   for (std::size_t k = 0; k < plan.blocks; ++k) {
-    const std::size_t at = k + 1u < plan.blocks ? 16 * k : n - 16;
+    const std::size_t at = k + 1u < plan.blocks ? size * k : n - size;
     const auto mask = [](const ub1 *m) {
       return _mm_load_si128(reinterpret_cast<const __m128i *>(m));
     };
     const __m128i digits = _mm_or_si128(_mm_shuffle_epi8(low, mask(plan.from_low[k])),
                                         _mm_shuffle_epi8(high_source, mask(plan.from_high[k])));
-    const __m128i rest = _mm_loadu_si128(reinterpret_cast<const __m128i *>(plan.holes + at));
-    _mm_storeu_si128(reinterpret_cast<__m128i *>(out + at), _mm_or_si128(digits, rest));
+    auto *to = reinterpret_cast<__m128i *>(out + at);
+    const auto *from = reinterpret_cast<const __m128i *>(plan.holes + at);
+    if (size == 16) _mm_storeu_si128(to, _mm_or_si128(digits, _mm_loadu_si128(from)));
+    else _mm_storel_epi64(to, _mm_or_si128(digits, _mm_loadl_epi64(from)));
   }
 }
 #endif
