@@ -515,35 +515,50 @@ inline std::uint64_t lane_values(const unsigned char *t, const ub1 *pos) {
   return (((w & 0x0F0F0F0F0F0F0F0Full) * 0x0A01) >> 8) & 0x00FF00FF00FF00FFull;
 }
 
-// A date from its lanes: month to minute in one move, as a date lays them
-// out.
+// A date's fields as two words of 16-bit lanes: month, day, hour and
+// minute (a date's layout from its month on); the year's hundreds, the
+// year's rest and the second. Bit 63 of `high` is set when the words hold
+// a date read (the lane under it is never one).
+struct DateWords {
+  std::uint64_t low, high;
+};
+constexpr std::uint64_t kDateWordsRead = std::uint64_t{1} << 63;
+
+inline void date_from_words(const DateWords &w, QWZDate &date) {
+  std::memcpy(reinterpret_cast<unsigned char *>(&date) + offsetof(QWZDate, month), &w.low, 8);
+  date.year = static_cast<sb2>((w.high & 0xFFFF) * 100 + ((w.high >> 16) & 0xFFFF));
+  date.second = static_cast<ub2>(w.high >> 32);
+}
+
+// A date from its lanes (see DateLanes).
 inline void date_from_lanes(const qwz::DateLanes &l, const unsigned char *t, QWZDate &date) {
   static_assert(offsetof(QWZDate, day) == offsetof(QWZDate, month) + 2 &&
                 offsetof(QWZDate, hour) == offsetof(QWZDate, month) + 4 &&
                 offsetof(QWZDate, minute) == offsetof(QWZDate, month) + 6);
-  const std::uint64_t low = (lane_values(t, l.pos) & l.keep[0]) + l.constant[0];
-  const std::uint64_t high = (lane_values(t, l.pos + 4) & l.keep[1]) + l.constant[1];
-  std::memcpy(reinterpret_cast<unsigned char *>(&date) + offsetof(QWZDate, month), &low, 8);
-  date.year = static_cast<sb2>((high & 0xFFFF) * 100 + ((high >> 16) & 0xFFFF));
-  date.second = static_cast<ub2>(high >> 32);
+  date_from_words({(lane_values(t, l.pos) & l.keep[0]) + l.constant[0],
+                   (lane_values(t, l.pos + 4) & l.keep[1]) + l.constant[1]},
+                  date);
 }
 
 #if defined(__x86_64__)
 // For a text of 16 to 32 characters on a processor that shuffles bytes:
-// the plan value_plan would give (the first whose shape the text has,
-// usable for a date) when its date fields come through BlockPlan's lanes,
-// with those fields read into `date`; NULL leaves the text to the other
-// paths, which then find the same plan or none.
-[[gnu::target("ssse3")]] const qwz::ParsePlan *date_through_blocks(
-    const qwz::CompiledFormat &format, const unsigned char *t, std::size_t n, QWZDate &date) {
+// the date fields of the plan value_plan would give (the first whose shape
+// the text has, usable for a date), when they come through BlockPlan's
+// lanes, with that plan in *found. Words without kDateWordsRead leave the
+// text to the other paths, which then find the same plan or none. The
+// words come back in registers, not through memory just stored.
+[[gnu::target("ssse3")]] DateWords date_through_blocks(const qwz::CompiledFormat &format,
+                                                       const unsigned char *t, std::size_t n,
+                                                       const qwz::ParsePlan *&found) {
   const auto load = [](const void *p) { return _mm_loadu_si128(static_cast<const __m128i *>(p)); };
   const auto at = [](const ub1 *p) {
     return _mm_load_si128(reinterpret_cast<const __m128i *>(p));
   };
   const __m128i block[2] = {load(t), load(t + n - 16)};
-  for (const qwz::ParsePlan *plan : {&format.plan[0], &format.plan[1]}) {
-    if (!plan->valid || plan->length != n) continue;
-    const qwz::BlockPlan &b = plan->blocks;
+  for (std::size_t i = 0; i < 2; ++i) {
+    const qwz::ParsePlan &plan = format.plan[i];
+    if (!plan.valid || plan.length != n) continue;
+    const qwz::BlockPlan &b = plan.blocks;
     __m128i bad = _mm_setzero_si128();
     for (std::size_t k = 0; k < 2; ++k) {
       const __m128i x = block[k];
@@ -551,7 +566,7 @@ inline void date_from_lanes(const qwz::DateLanes &l, const unsigned char *t, QWZ
       bad = _mm_or_si128(bad, _mm_and_si128(_mm_add_epi8(x, at(b.carry[k])), at(b.over[k])));
     }
     if (_mm_movemask_epi8(_mm_cmpeq_epi8(bad, _mm_setzero_si128())) != 0xFFFF) continue;
-    if (!plan->values_valid || plan->clock_needed || !b.lanes) return nullptr;
+    if (!plan.values_valid || plan.clock_needed || !b.lanes) return {};
     // Each lane's two characters, their digits, then 10 * first + second.
     const __m128i chars = _mm_or_si128(_mm_shuffle_epi8(block[0], at(b.from[0])),
                                        _mm_shuffle_epi8(block[1], at(b.from[1])));
@@ -559,14 +574,12 @@ inline void date_from_lanes(const qwz::DateLanes &l, const unsigned char *t, QWZ
     __m128i v = _mm_maddubs_epi16(digits, _mm_set1_epi16(0x010A));
     v = _mm_add_epi16(_mm_and_si128(v, at(reinterpret_cast<const ub1 *>(b.keep))),
                       at(reinterpret_cast<const ub1 *>(b.constant)));
-    const auto low = static_cast<std::uint64_t>(_mm_cvtsi128_si64(v));
-    const auto high = static_cast<std::uint64_t>(_mm_cvtsi128_si64(_mm_unpackhi_epi64(v, v)));
-    std::memcpy(reinterpret_cast<unsigned char *>(&date) + offsetof(QWZDate, month), &low, 8);
-    date.year = static_cast<sb2>((high & 0xFFFF) * 100 + ((high >> 16) & 0xFFFF));
-    date.second = static_cast<ub2>(high >> 32);
-    return plan;
+    found = &plan;
+    return {static_cast<std::uint64_t>(_mm_cvtsi128_si64(v)),
+            static_cast<std::uint64_t>(_mm_cvtsi128_si64(_mm_unpackhi_epi64(v, v))) |
+                kDateWordsRead};
   }
-  return nullptr;
+  return {};
 }
 #endif
 
@@ -828,10 +841,15 @@ namespace {
       prepare(text, text_length, format, format_length, t, error_code);
   if (!tokens) return false;
 #if defined(__x86_64__)
-  if (kByteShuffles && t.length >= kBlockTextMin && t.length <= kBlockTextMax &&
-      date_through_blocks(*tokens, reinterpret_cast<const unsigned char *>(t.begin), t.length,
-                          date))
-    return true;
+  if (kByteShuffles && t.length >= kBlockTextMin && t.length <= kBlockTextMax) {
+    const ParsePlan *found = nullptr;
+    const DateWords w = date_through_blocks(
+        *tokens, reinterpret_cast<const unsigned char *>(t.begin), t.length, found);
+    if (w.high & kDateWordsRead) {
+      date_from_words(w, date);
+      return true;
+    }
+  }
 #endif
   if (const ParsePlan *plan = value_plan(t.begin, t.length, *tokens, true)) {
     replay_date(*plan, reinterpret_cast<const unsigned char *>(t.begin), date);
@@ -875,8 +893,10 @@ int datetime_through_plan(const QWZText *text, std::size_t text_length, const QW
   bool date_read = false;
 #if defined(__x86_64__)
   if (kByteShuffles && t.length >= kBlockTextMin && t.length <= kBlockTextMax) {
-    plan = date_through_blocks(*tokens, u, t.length, d);
-    date_read = plan != nullptr;
+    const DateWords w = date_through_blocks(*tokens, u, t.length, plan);
+    date_read = (w.high & kDateWordsRead) != 0;
+    if (date_read) date_from_words(w, d);
+    else plan = nullptr;
   }
 #endif
   if (!plan) plan = value_plan(t.begin, t.length, *tokens, true);
