@@ -5,10 +5,8 @@
 // 2 a usage error.
 #include "qwzdt.h"
 
-#include <bit>
 #include <cerrno>
 #include <cstdio>
-#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
@@ -98,27 +96,8 @@ class LineReader {
     std::size_t start, len;
   };
   // Spare bytes behind the block: room for the terminator of a last line
-  // without a line end, and for the words find_newline reads past the end.
+  // without a line end.
   static constexpr std::size_t kSpare = 64;
-
-  // The first '\n' in [p, end), eight bytes at a time; the word that holds
-  // `end` is read whole (the spare bytes, zeroed with the block, make that
-  // safe). A line is a few words, so this beats a call per line.
-  static const char *find_newline(const char *p, const char *end) {
-    constexpr std::uint64_t kOnes = 0x0101010101010101ull;
-    for (; p < end; p += 8) {
-      std::uint64_t x;
-      std::memcpy(&x, p, 8);
-      x ^= kOnes * '\n';
-      // The lowest flagged byte is the first zero byte, i.e. the first '\n'.
-      const std::uint64_t zero = (x - kOnes) & ~x & (kOnes * 0x80);
-      if (zero != 0) {
-        const char *hit = p + std::countr_zero(zero) / 8;
-        return hit < end ? hit : nullptr;
-      }
-    }
-    return nullptr;
-  }
 
   // Reads the next block behind the unfinished line and indexes its lines.
   bool fill() {
@@ -140,22 +119,14 @@ class LineReader {
         break;
       }
       end_ += static_cast<std::size_t>(got);
-      // Locals, not members: the terminators stored into the block could
-      // alias the members, which would then go through memory every line.
       char *b = buf_.get();
-      const std::size_t end = end_;
-      std::size_t pos = pos_;
-      while (const char *nl = find_newline(b + scanned, b + end)) {
-        const std::size_t at = static_cast<std::size_t>(nl - b);
-        std::size_t len = at - pos;
-        if (len > 0 && b[at - 1] == '\r') --len;
-        b[pos + len] = '\0';
-        lines_.push_back({pos, len});
-        pos = at + 1;
-        scanned = pos;
+      while (void *nl = std::memchr(b + scanned, '\n', end_ - scanned)) {
+        std::size_t at = static_cast<std::size_t>(static_cast<char *>(nl) - b);
+        add(at);
+        pos_ = at + 1;
+        scanned = pos_;
       }
-      pos_ = pos;
-      scanned = end;
+      scanned = end_;
     }
     if (eof_ && pos_ < end_) {
       add(end_);
