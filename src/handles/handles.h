@@ -132,9 +132,9 @@ QWZ_INTERNAL ub2 qwz_get_last_day_of_month(const QWZDateTime *datetime);
 }  // extern "C"
 // The same for a year and a month, inline.
 inline ub2 qwz_last_day_of_month(int year, unsigned month) {
+  constexpr ub1 kDays[13] = {0, 31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
   if (month < 1 || month > 12) return 0;
-  // 31 days in the odd months up to July and the even ones from August.
-  if (month != 2) return static_cast<ub2>(30 + ((month + (month >> 3)) & 1));
+  if (month != 2) return kDays[month];
   return (year % 4 == 0 && (year % 100 != 0 || year % 400 == 0)) ? 29 : 28;
 }
 extern "C" {
