@@ -353,9 +353,9 @@ struct WritePair {
 // The pairs can also be written as byte shuffles of blocks of the output:
 // of 16 bytes for a template of 15 characters or more, else of 8 bytes for
 // one of 7 or more. Block k covers [size * k, size * (k + 1)) of the text
-// and its NUL, the last one the `size` bytes that end it. Each block takes its digits from the pair values' characters
-// (see write_blocks) and the rest from `holes`, the template with 0 where
-// the digits go.
+// and its NUL, the last one the `size` bytes that end it. Each block takes
+// its digits from the pair values' characters (see write_blocks) and the
+// rest from `holes`, the template with 0 where the digits go.
 inline constexpr std::size_t kWriteBlocks = (kWritePlanMaxText + 1 + 15) / 16;
 struct WritePlan {
   ub1 state;  // 0: not built yet, 1: usable, 2: this format has none
@@ -417,7 +417,8 @@ extern const bool kByteShuffles;
 
 // Whether a[0, n) equals b[0, n) for n >= 8: eight bytes at a time, the
 // last word overlapping the one before.
-inline bool same_long_bytes(const char *a, const char *b, std::size_t n) {
+[[gnu::always_inline]] inline bool same_long_bytes(const char *a, const char *b,
+                                                   std::size_t n) {
   const auto word_at = [](const char *p, std::size_t at) {
     std::uint64_t x;
     std::memcpy(&x, p + at, 8);

@@ -760,8 +760,11 @@ namespace {
 // trimming and cutting), then translated and checked. Returns the compiled
 // format, or NULL when the call ends here (error_code is set to 5 when the
 // format itself is at fault).
-[[gnu::always_inline]] inline const CompiledFormat *prepare(const QWZText *text, std::size_t text_length, const QWZText *format,
-                              std::size_t format_length, TrimmedText &t, sb4 &error_code) {
+[[gnu::always_inline]] inline const CompiledFormat *prepare(const QWZText *text,
+                                                            std::size_t text_length,
+                                                            const QWZText *format,
+                                                            std::size_t format_length,
+                                                            TrimmedText &t, sb4 &error_code) {
   if (!text || !format) return nullptr;
   const char *txt = reinterpret_cast<const char *>(text);
   const char *fmt = reinterpret_cast<const char *>(format);

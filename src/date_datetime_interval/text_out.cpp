@@ -173,7 +173,8 @@ void build_blocks(qwz::WritePlan &plan) {
   plan.block_sign = 0xFF;
   if (fractions <= 1 && signs <= 1 && (!fraction || fraction->width <= 5)) {
     if (fraction) {
-      for (std::size_t j = 0; j < fraction->width; ++j) take(fraction->pos + j, kFractionSource + j);
+      for (std::size_t j = 0; j < fraction->width; ++j)
+        take(fraction->pos + j, kFractionSource + j);
       plan.block_fraction = fraction->width;
     }
     if (sign) plan.block_sign = sign->pos;
@@ -271,9 +272,27 @@ struct WriteValues {
   ub4 fraction_ns;
 };
 
+// n / 10^k for a 32-bit n and k of 1 to 9, by one multiplication: with
+// M = floor(2^64 / d) + 1 the high word of n * M is floor(n / d) exactly
+// whenever n * d < 2^64. (A switch over the ten constant divisions is
+// turned by the compiler into a table of divisors and a divide
+// instruction, one of the slowest there are.)
+constexpr std::uint64_t reciprocal(std::uint64_t d) { return ~std::uint64_t{0} / d + 1; }
+constexpr std::uint64_t kReciprocal[10] = {
+    0,                       reciprocal(10),        reciprocal(100),
+    reciprocal(1000),        reciprocal(10000),     reciprocal(100000),
+    reciprocal(1000000),     reciprocal(10000000),  reciprocal(100000000),
+    reciprocal(1000000000)};
+inline ub4 divide_by_power_of_ten(ub4 n, std::size_t k) {
+  if (k == 0) return n;
+  return static_cast<ub4>((static_cast<unsigned __int128>(n) * kReciprocal[k]) >> 64);
+}
+// n / 100 and n % 100 for n below 43,699 (a year, a pair of pairs).
+inline unsigned hundreds(unsigned n) { return (n * 5243u) >> 19; }
+
 // The first `width` digits of the nanosecond count's own text, or the
 // count itself when that text is shorter (as format_fields reads it).
-inline unsigned fraction_digits(ub4 ns, std::size_t width) {
+[[gnu::always_inline]] inline unsigned fraction_digits(ub4 ns, std::size_t width) {
   static constexpr ub4 kPow10[10] = {1,      10,      100,      1000,      10000,
                                      100000, 1000000, 10000000, 100000000, 1000000000};
   // Decimal digits of ns: from its bit width (1233 / 4096 is just above
@@ -281,20 +300,7 @@ inline unsigned fraction_digits(ub4 ns, std::size_t width) {
   const unsigned estimate = (static_cast<unsigned>(std::bit_width(ns)) * 1233u) >> 12;
   const std::size_t digits = ns == 0 ? 1 : estimate + (ns >= kPow10[estimate] ? 1u : 0u);
   if (digits < width) return ns;
-  // Division by a constant is a multiplication; by a variable it is one of
-  // the slowest instructions there are.
-  switch (digits - width) {
-    case 0: return ns;
-    case 1: return ns / 10u;
-    case 2: return ns / 100u;
-    case 3: return ns / 1000u;
-    case 4: return ns / 10000u;
-    case 5: return ns / 100000u;
-    case 6: return ns / 1000000u;
-    case 7: return ns / 10000000u;
-    case 8: return ns / 100000000u;
-    default: return ns / 1000000000u;
-  }
+  return divide_by_power_of_ten(ns, digits - width);
 }
 
 // Writes through the plan into out (which has room for plan.length + 1):
@@ -349,7 +355,8 @@ inline std::uint64_t lane_characters(std::uint64_t v) {
 }
 #endif
 
-[[gnu::always_inline]] inline void write_through_plan(const qwz::WritePlan &plan, const WriteValues &w, char *out) {
+[[gnu::always_inline]] inline void write_through_plan(const qwz::WritePlan &plan,
+                                                      const WriteValues &w, char *out) {
 #if defined(__x86_64__)
   if (plan.blocks != 0 && qwz::kByteShuffles) {
     const auto lanes = [](std::uint64_t a, std::uint64_t b, std::uint64_t c, std::uint64_t d) {
@@ -361,11 +368,13 @@ inline std::uint64_t lane_characters(std::uint64_t v) {
       static constexpr ub4 kToSix[6] = {0, 100000, 10000, 1000, 100, 10};
       const ub4 six = fraction_digits(w.fraction_ns, plan.block_fraction) *
                       kToSix[plan.block_fraction];
-      fraction = std::uint64_t{six / 10000} << 16 | std::uint64_t{six / 100 % 100} << 32 |
-                 std::uint64_t{six % 100} << 48;
+      const unsigned four = divide_by_power_of_ten(six, 2), two = hundreds(four);
+      fraction = std::uint64_t{two} << 16 | std::uint64_t{four - 100 * two} << 32 |
+                 std::uint64_t{six - 100 * four} << 48;
     }
+    const unsigned century = hundreds(w.v[0]);
     write_blocks(plan, lanes(w.v[1], w.v[2], w.v[3], w.v[4]),
-                 lanes(w.v[0] / 100, w.v[0] % 100, w.v[5], w.v[6]),
+                 lanes(century, w.v[0] - 100 * century, w.v[5], w.v[6]),
                  lane_characters(w.v[7] | fraction), out);
     if (plan.block_fraction != 0 || plan.others == (plan.block_sign != 0xFF ? 1 : 0)) {
       if (plan.block_sign != 0xFF) out[plan.block_sign] = w.tz_negative ? '-' : '+';
