@@ -25,6 +25,7 @@
 #include <bit>
 #include <cstdint>
 #include <cstring>
+#include <type_traits>
 
 #if defined(__x86_64__)
 #include <immintrin.h>
@@ -569,24 +570,18 @@ void packed_to_fields(const ub1 *p, datetime_fields &f) {
   count_text(ns / 10000u, f.fraction);
 }
 
-}  // namespace qwz
-
-namespace qwz {
-
-// The general writer, for what the template writer leaves.
-[[gnu::noinline]] sword date_text_general(const QWZDate &date, const QWZtext *format,
-                                          std::size_t format_length, const ub4 *buffer_size,
-                                          QWZtext *buffer, sb4 *error_code) {
+// The general writer, for what the template writer leaves: a date's text
+// stops after its seconds, a datetime's does not.
+inline void value_to_fields(const QWZDate &date, datetime_fields &f) { date_to_fields(date, f); }
+inline void value_to_fields(const QWZDateTime &dt, datetime_fields &f) { datetime_to_fields(dt, f); }
+template <class Value>
+[[gnu::noinline]] sword text_general(const Value &value, const QWZtext *format,
+                                     std::size_t format_length, const ub4 *buffer_size,
+                                     QWZtext *buffer, sb4 *error_code) {
   datetime_fields f;
-  date_to_fields(date, f);
-  return convert(f, format, format_length, buffer_size, buffer, error_code, true);
-}
-[[gnu::noinline]] sword datetime_text_general(const QWZDateTime &datetime, const QWZtext *format,
-                                              std::size_t format_length, const ub4 *buffer_size,
-                                              QWZtext *buffer, sb4 *error_code) {
-  datetime_fields f;
-  datetime_to_fields(datetime, f);
-  return convert(f, format, format_length, buffer_size, buffer, error_code, false);
+  value_to_fields(value, f);
+  return convert(f, format, format_length, buffer_size, buffer, error_code,
+                 std::is_same_v<Value, QWZDate>);
 }
 
 // date_to_text and datetime_to_text, inline in the public calls.
@@ -600,7 +595,7 @@ namespace qwz {
     if (error_code) *error_code = code;
     return status;
   }
-  return date_text_general(*date, format, format_length, buffer_size, buffer, error_code);
+  return text_general(*date, format, format_length, buffer_size, buffer, error_code);
 }
 [[gnu::always_inline]] inline sword datetime_text(const QWZDateTime *datetime,
                                                   const QWZtext *format, std::size_t format_length,
@@ -614,7 +609,7 @@ namespace qwz {
     if (error_code) *error_code = code;
     return status;
   }
-  return datetime_text_general(*datetime, format, format_length, buffer_size, buffer, error_code);
+  return text_general(*datetime, format, format_length, buffer_size, buffer, error_code);
 }
 
 }  // namespace qwz
