@@ -365,9 +365,10 @@ struct WritePlan {
   ub1 others;  // fields written other than as pairs: a zone hour's sign, a fraction
   ub1 blocks;  // 0: the pairs are written one by one
   ub1 block_size;  // 16 or 8
-  // With blocks: the width of the one fraction they also write (0: none,
-  // the fraction then goes through `other`), and where the one zone hour's
-  // sign goes (0xFF: none, or several through `other`).
+  // With blocks: 1 when they also write every field of `other` (at most one
+  // fraction and one zone sign), else `other` is written after them; the
+  // width of that fraction (0: none) and where that sign goes (0xFF: none).
+  ub1 block_others;
   ub1 block_fraction;
   ub1 block_sign;
   char text[kWritePlanMaxText + 8];  // the template, NUL-terminated

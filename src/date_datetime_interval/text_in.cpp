@@ -905,19 +905,11 @@ int datetime_through_plan(const QWZText *text, std::size_t text_length, const QW
   if (!plan) plan = value_plan(t.begin, t.length, *tokens, true);
   if (!plan) return 0;
   if (plan->tz_given && !datetime_has_zone(datetime.hdr.type)) return -1;
+  if (!date_read) replay_date(*plan, u, d);
+  // The fraction and the zone: the pairs after the date's.
   ub4 v[kValueFields];
   std::memcpy(v, plan->constant, sizeof v);
-  if (date_read) {
-    add_pairs(*plan, plan->date_pairs, plan->pairs, u, v);
-  } else if (std::endian::native == std::endian::little && plan->lanes.usable) {
-    date_from_lanes(plan->lanes, u, d);
-    add_pairs(*plan, plan->date_pairs, plan->pairs, u, v);
-  } else {
-    add_pairs(*plan, 0, plan->pairs, u, v);
-    d = QWZDate{static_cast<sb2>(v[kValueYear]),   static_cast<ub2>(v[kValueMonth]),
-                static_cast<ub2>(v[kValueDay]),    static_cast<ub2>(v[kValueHour]),
-                static_cast<ub2>(v[kValueMinute]), static_cast<ub2>(v[kValueSecond])};
-  }
+  add_pairs(*plan, plan->date_pairs, plan->pairs, u, v);
   set_datetime_date(&datetime, d);
   datetime.fraction = v[kValueFraction];
   datetime.tz_hour = static_cast<sb1>(v[kValueTzHour]);

@@ -172,7 +172,8 @@ void build_blocks(qwz::WritePlan &plan) {
   }
   plan.block_fraction = 0;
   plan.block_sign = 0xFF;
-  if (fractions <= 1 && signs <= 1 && (!fraction || fraction->width <= 5)) {
+  plan.block_others = fractions <= 1 && signs <= 1 && (!fraction || fraction->width <= 5);
+  if (plan.block_others) {
     if (fraction) {
       for (std::size_t j = 0; j < fraction->width; ++j)
         take(fraction->pos + j, kFractionSource + j);
@@ -377,7 +378,7 @@ inline std::uint64_t lane_characters(std::uint64_t v) {
     write_blocks(plan, lanes(w.v[1], w.v[2], w.v[3], w.v[4]),
                  lanes(century, w.v[0] - 100 * century, w.v[5], w.v[6]),
                  lane_characters(w.v[7] | fraction), out);
-    if (plan.block_fraction != 0 || plan.others == (plan.block_sign != 0xFF ? 1 : 0)) {
+    if (plan.block_others) {
       if (plan.block_sign != 0xFF) out[plan.block_sign] = w.tz_negative ? '-' : '+';
       return;
     }
