@@ -19,20 +19,22 @@ awk -v n="$lines" 'BEGIN { s = 12345;
     printf "%04d-%02d-%02d %02d:%02d:%02d\n", y, m, d, t / 3600, (t / 60) % 60, t % 60 } }' \
   >"$work/in.txt"
 
-# Each program runs ROUNDS times (default 3), taking turns, and its best
+# Each program runs ROUNDS times (default 5), taking turns, and its best
 # round counts: on a shared machine a single round can land on a slow spell
 # for one program and not the other.
-rounds=${ROUNDS:-3}
-now() { date +%s.%N; }
+rounds=${ROUNDS:-5}
 sed "s/.*/date to-text '&' DD.MM.YYYY/" "$work/in.txt" >"$work/cmds.txt"
 best_q=1e9 best_g=1e9 best_f=1e9
 lower() { awk -v a="$1" -v b="$2" 'BEGIN { print (b < a ? b : a) }'; }
+# Times are read from the shell's own clock (EPOCHREALTIME, bash 5):
+# `$(date +%s.%N)` would add a process start, several milliseconds, to every
+# measured interval.
 for ((r = 0; r < rounds; r++)); do
-  t0=$(now); "$qwzdt" batch date to-text - DD.MM.YYYY <"$work/in.txt" >"$work/qwzdt.txt"; t1=$(now)
-  date -f "$work/in.txt" +%d.%m.%Y >"$work/date.txt"; t2=$(now)
+  t0=$EPOCHREALTIME; "$qwzdt" batch date to-text - DD.MM.YYYY <"$work/in.txt" >"$work/qwzdt.txt"; t1=$EPOCHREALTIME
+  date -f "$work/in.txt" +%d.%m.%Y >"$work/date.txt"; t2=$EPOCHREALTIME
   cmp -s "$work/qwzdt.txt" "$work/date.txt" || { echo "outputs differ" >&2; exit 1; }
   # The same lines as full commands, one operation per line.
-  t3=$(now); "$qwzdt" batch <"$work/cmds.txt" >"$work/qwzdt2.txt"; t4=$(now)
+  t3=$EPOCHREALTIME; "$qwzdt" batch <"$work/cmds.txt" >"$work/qwzdt2.txt"; t4=$EPOCHREALTIME
   cmp -s "$work/qwzdt2.txt" "$work/date.txt" || { echo "outputs differ" >&2; exit 1; }
   best_q=$(lower "$best_q" "$(awk -v a="$t0" -v b="$t1" 'BEGIN { print b - a }')")
   best_g=$(lower "$best_g" "$(awk -v a="$t1" -v b="$t2" 'BEGIN { print b - a }')")

@@ -79,7 +79,10 @@ std::string_view first_line(const std::string &s) {
 // up to them).
 class LineReader {
  public:
-  LineReader() { lines_.reserve(1 << 16); }
+  LineReader() {
+    std::memset(buf_.get() + size_, 0, kSpare);
+    lines_.reserve(size_ / 8);
+  }
 
   bool next(char *&line, std::size_t &len) {
     while (next_ == lines_.size()) {
@@ -145,14 +148,15 @@ class LineReader {
   }
 
   void grow() {
-    std::unique_ptr<char[]> bigger(new char[size_ * 2 + kSpare]());
+    std::unique_ptr<char[]> bigger(new char[size_ * 2 + kSpare]);
     std::memcpy(bigger.get(), buf_.get(), end_);
+    std::memset(bigger.get() + size_ * 2, 0, kSpare);
     buf_ = std::move(bigger);
     size_ *= 2;
   }
 
-  std::size_t size_ = 1 << 20;
-  std::unique_ptr<char[]> buf_{new char[size_ + kSpare]()};
+  std::size_t size_ = 1 << 16;
+  std::unique_ptr<char[]> buf_{new char[size_ + kSpare]};
   std::size_t pos_ = 0, end_ = 0;  // the unindexed rest of the block
   std::vector<Line> lines_;
   std::size_t next_ = 0;
