@@ -70,48 +70,48 @@ std::string_view first_line(const std::string &s) {
   return v.substr(0, v.find('\n'));
 }
 
-// Standard input through read(2) in large blocks, handed out one line at a
-// time (without its line end, and without a carriage return before it); a
-// line may span two blocks. Each block's complete lines are found in one
-// pass right after it is read, and each gets a NUL behind it in place of
-// its line end, so that a line can be passed on as a NUL-terminated text
-// without a copy (and the NULs are long in memory before anything reads
-// up to them).
+// Standard input through read(2) in blocks, handed out one line at a time
+// (without its line end, and without a carriage return before it); a line
+// may span two blocks. Each line gets a NUL in place of its line end, so
+// that it can be passed on as a NUL-terminated text without a copy. The
+// line after the one handed out is found and terminated at once: by the
+// time the caller reads up to that NUL, the one-byte store is long done,
+// and the wide loads of a string scan do not wait for it.
 class LineReader {
  public:
-  LineReader() {
-    std::memset(buf_.get() + size_, 0, kSpare);
-    lines_.reserve(size_ / 8);
-  }
+  LineReader() { std::memset(buf_.get() + size_, 0, kSpare); }
 
   bool next(char *&line, std::size_t &len) {
-    while (next_ == lines_.size()) {
-      if (!fill()) return false;
-    }
-    const Line &l = lines_[next_++];
-    line = buf_.get() + l.start;
-    len = l.len;
+    if (!ready_ && !fill()) return false;
+    line = buf_.get() + ready_start_;
+    len = ready_len_;
+    ready_ = find();
     return true;
   }
 
  private:
-  struct Line {
-    std::size_t start, len;
-  };
   // Spare bytes behind the block: room for the terminator of a last line
   // without a line end.
   static constexpr std::size_t kSpare = 64;
 
-  // Reads the next block behind the unfinished line and indexes its lines.
+  // Terminates the line at pos_ when its end is in the block.
+  bool find() {
+    char *b = buf_.get();
+    void *nl = std::memchr(b + pos_, '\n', end_ - pos_);
+    if (!nl) return false;
+    take(static_cast<std::size_t>(static_cast<char *>(nl) - b));
+    return true;
+  }
+
+  // Moves the unfinished line to the front and reads behind it until a
+  // line ends or the input does; the line handed out before is done with.
   bool fill() {
     if (eof_) return false;
-    lines_.clear();
-    next_ = 0;
     std::memmove(buf_.get(), buf_.get() + pos_, end_ - pos_);
     end_ -= pos_;
     pos_ = 0;
     std::size_t scanned = end_;  // the kept bytes hold no line end
-    while (lines_.empty() && !eof_) {
+    for (;;) {
       if (end_ == size_) grow();
       ssize_t got;
       do {
@@ -119,32 +119,29 @@ class LineReader {
       } while (got < 0 && errno == EINTR);
       if (got <= 0) {
         eof_ = true;
-        break;
+        if (pos_ == end_) return false;
+        take(end_);
+        return true;
       }
       end_ += static_cast<std::size_t>(got);
       char *b = buf_.get();
-      while (void *nl = std::memchr(b + scanned, '\n', end_ - scanned)) {
-        std::size_t at = static_cast<std::size_t>(static_cast<char *>(nl) - b);
-        add(at);
-        pos_ = at + 1;
-        scanned = pos_;
+      if (void *nl = std::memchr(b + scanned, '\n', end_ - scanned)) {
+        take(static_cast<std::size_t>(static_cast<char *>(nl) - b));
+        return true;
       }
       scanned = end_;
     }
-    if (eof_ && pos_ < end_) {
-      add(end_);
-      pos_ = end_;
-    }
-    return !lines_.empty();
   }
 
-  // The line from pos_ up to the line end at `at`.
-  void add(std::size_t at) {
+  // The line from pos_ up to the line end at `at` becomes the ready line.
+  void take(std::size_t at) {
     char *b = buf_.get();
     std::size_t len = at - pos_;
     if (len > 0 && b[at - 1] == '\r') --len;
     b[pos_ + len] = '\0';
-    lines_.push_back({pos_, len});
+    ready_start_ = pos_;
+    ready_len_ = len;
+    pos_ = at + 1 < end_ ? at + 1 : end_;
   }
 
   void grow() {
@@ -156,12 +153,12 @@ class LineReader {
   }
 
   // 64 KiB: a block's lines are still in the cache when they are converted,
-  // and the buffers cost few page faults to set up. A longer line grows it.
+  // and the buffer costs few page faults to set up. A longer line grows it.
   std::size_t size_ = 1 << 16;
   std::unique_ptr<char[]> buf_{new char[size_ + kSpare]};
-  std::size_t pos_ = 0, end_ = 0;  // the unindexed rest of the block
-  std::vector<Line> lines_;
-  std::size_t next_ = 0;
+  std::size_t pos_ = 0, end_ = 0;  // the unread rest of the block
+  std::size_t ready_start_ = 0, ready_len_ = 0;
+  bool ready_ = false;
   bool eof_ = false;
 };
 
