@@ -23,6 +23,7 @@ awk -v n="$lines" 'BEGIN { s = 12345;
 # round counts: on a shared machine a single round can land on a slow spell
 # for one program and not the other.
 rounds=${ROUNDS:-5}
+[ -n "${EPOCHREALTIME:-}" ] || { echo "bash 5 or later is needed (EPOCHREALTIME)" >&2; exit 2; }
 sed "s/.*/date to-text '&' DD.MM.YYYY/" "$work/in.txt" >"$work/cmds.txt"
 best_q=1e9 best_g=1e9 best_f=1e9
 lower() { awk -v a="$1" -v b="$2" 'BEGIN { print (b < a ? b : a) }'; }
